@@ -1,0 +1,178 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "keytable.h"
+
+#include "keymap.h"
+#include "settings/languagetext.h"
+
+#include <QMutex>
+#include <QMutexLocker>
+
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct KeyEntry
+{
+    int KeyCode;
+    int Usage;
+    QStringView Name;
+};
+
+// Single keys with a fixed name. The period shares usage 54 with the comma and
+// "<" carries 64: that is how the phone firmware's tables have them.
+constexpr std::array<KeyEntry, 23> FixedKeys = {{
+    {48, 39, u"0"},      {89, 29, u"Y"},       {90, 28, u"Z"},       {96, 98, u"Num 0"},
+    {12, 93, u"?"},      {106, 85, u"Num *"},  {109, 86, u"Num -"},  {107, 87, u"Num +"},
+    {110, 99, u"Num ,"}, {111, 84, u"Num /"},  {144, 83, u"NumLock"}, {186, 47, u"\u00DC"},
+    {187, 48, u"+"},     {188, 54, u","},      {189, 56, u"-"},      {190, 54, u"."},
+    {191, 50, u"#"},     {192, 51, u"\u00D6"}, {219, 45, u"\u00DF"}, {220, 53, u"^"},
+    {221, 46, u"\u00B4"}, {222, 52, u"\u00C4"}, {226, 64, u"<"},
+}};
+
+constexpr std::array<SpecialKey, SpecialKeyCount> SpecialKeys = {{
+    {8, "Key_BackSpace", "BackSpace"},
+    {33, "Key_PageUp", "Page up"},
+    {34, "Key_PageDown", "Page down"},
+    {20, "Key_CapsLock", "CapsLock"},
+    {44, "Key_PrintScreen", "Print Screen"},
+    {45, "Key_Insert", "Insert"},
+    {35, "Key_End", "End"},
+    {13, "Key_Enter", "Enter"},
+    {46, "Key_Delete", "Delete"},
+    {27, "Key_Escape", "Escape"},
+    {32, "Key_SpaceBar", "Spacebar"},
+    {36, "Key_Home", "Home"},
+    {145, "Key_ScrollLock", "ScrollLock"},
+    {9, "Key_Tab", "Tab"},
+    {37, "Key_ArrowLeft", "Arrow left"},
+    {39, "Key_ArrowRight", "Arrow right"},
+    {40, "Key_ArrowDown", "Arrow down"},
+    {38, "Key_ArrowUp", "Arrow up"},
+}};
+
+constexpr std::array<int, SpecialKeyCount> SpecialKeyUsages = {
+    42, 75, 78, 57, 70, 73, 77, 40, 76, 41, 44, 74, 71, 43, 80, 79, 81, 82,
+};
+
+struct SpecialKeyNameTable
+{
+    QMutex mutex;
+    QStringList names;
+    SpecialKeyNameTable()
+    {
+        for (const SpecialKey &key : SpecialKeys)
+            names << QString::fromLatin1(key.EnglishName);
+    }
+};
+
+SpecialKeyNameTable &NameTable()
+{
+    static SpecialKeyNameTable table;
+    return table;
+}
+
+constexpr int NoUsage = 0;
+constexpr int LowestSearchedCode = 2;
+constexpr int HighestKeyCode = 255;
+
+// The usage of a code, 0 when the table has none; sets *name for a known key.
+int Lookup(int code, QString *name)
+{
+    const auto setName = [name](const QString &text) {
+        if (name)
+            *name = text;
+    };
+    if (code >= 49 && code <= 57) { // digits 1..9
+        setName(QString(QChar(code)));
+        return code - 19;
+    }
+    if (code >= 65 && code <= 88) { // letters A..X
+        setName(QString(QChar(code)));
+        return code - 61;
+    }
+    if (code >= 97 && code <= 105) { // number pad 1..9
+        setName("Num "_L1 + QChar(u'0' + (code - 96)));
+        return code - 8;
+    }
+    if (code >= 112 && code <= 123) { // F1..F12
+        setName(u'F' + QString::number(code - 111));
+        return code - 54;
+    }
+    for (const KeyEntry &entry : FixedKeys) {
+        if (entry.KeyCode == code) {
+            setName(entry.Name.toString());
+            return entry.Usage;
+        }
+    }
+    for (int i = 0; i < SpecialKeyCount; ++i) {
+        if (SpecialKeys[static_cast<std::size_t>(i)].KeyCode == code) {
+            if (name) {
+                SpecialKeyNameTable &table = NameTable();
+                const QMutexLocker lock(&table.mutex);
+                *name = table.names.at(i);
+            }
+            return SpecialKeyUsages[static_cast<std::size_t>(i)];
+        }
+    }
+    return NoUsage;
+}
+
+// The code each usage text comes back as: the lowest code 2..255 of that usage
+// ("00" thus gives 2, the first code the table does not hold).
+const std::array<int, 256> &CodesByUsage()
+{
+    static const std::array<int, 256> codes = [] {
+        std::array<int, 256> table{};
+        for (int code = HighestKeyCode; code >= LowestSearchedCode; --code) {
+            const int usage = Lookup(code, nullptr);
+            table[static_cast<std::size_t>(usage)] = code;
+        }
+        return table;
+    }();
+    return codes;
+}
+
+} // namespace
+
+QString KeyToUsage(int keyCode, QString *displayName)
+{
+    return HexByte(Lookup(keyCode, displayName));
+}
+
+int UsageToKeyCode(QStringView usage)
+{
+    // Usage texts are exactly two hexadecimal digits, as HexByte writes them.
+    if (usage.size() != 2)
+        return 0;
+    bool ok = false;
+    const int value = usage.toString().toUpper().toInt(&ok, 16);
+    const QString canonical = HexByte(value);
+    if (!ok || canonical.compare(usage, Qt::CaseInsensitive) != 0)
+        return 0;
+    return CodesByUsage()[static_cast<std::size_t>(value)];
+}
+
+const SpecialKey &SpecialKeyAt(int index)
+{
+    return SpecialKeys.at(static_cast<std::size_t>(index));
+}
+
+QStringList SpecialKeyNames()
+{
+    SpecialKeyNameTable &table = NameTable();
+    const QMutexLocker lock(&table.mutex);
+    return table.names;
+}
+
+void ApplyKeyNameLanguage()
+{
+    QStringList names;
+    for (const SpecialKey &key : SpecialKeys)
+        names << LanguageText(u"MainWindow"_s, QString::fromLatin1(key.LanguageKey),
+                              QString::fromLatin1(key.EnglishName));
+    SpecialKeyNameTable &table = NameTable();
+    const QMutexLocker lock(&table.mutex);
+    table.names = names;
+}

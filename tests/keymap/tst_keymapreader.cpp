@@ -1,0 +1,275 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "keymap/keymap.h"
+#include "keymap/keymapreader.h"
+#include "keymap/keymapwriter.h"
+#include "settings/languagetext.h"
+
+#include <QFile>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+Keymap PhoneDefaults()
+{
+    Keymap keymap;
+    keymap.ResetToPhoneDefaults();
+    return keymap;
+}
+
+QString Lines(const QStringList &lines)
+{
+    return lines.join("\r\n"_L1);
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(Keymap)
+
+class tst_KeymapReader : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void read_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<Keymap>("expected");
+        QTest::addColumn<QString>("errors");
+
+        QTest::newRow("empty text leaves the phone defaults") << QString() << PhoneDefaults() << QString();
+
+        Keymap lsk = PhoneDefaults();
+        lsk[PhoneKeys::Lsk] = KeyAction{false, 0, 1, 67, QString()};
+        QTest::newRow("action before any tag goes to the left soft key")
+            << u"<KEYBOARD MODIFIERS = \"01\" USAGEID = \"06\" />"_s << lsk << QString();
+
+        Keymap right = PhoneDefaults();
+        right[PhoneKeys::Lsk] = KeyAction{true, 1, 0, 0, QString()};
+        QTest::newRow("prefix and value ignore case")
+            << Lines({u"<KEY_LSK>"_s, u"<mouse buttons = \"RIGHT\" />"_s}) << right << QString();
+
+        Keymap closed = PhoneDefaults();
+        QTest::newRow("action after a closing tag is ignored")
+            << Lines({u"<KEY_1>"_s, u"</KEY_1>"_s, u"<KEYBOARD MODIFIERS = \"01\" USAGEID = \"06\" />"_s})
+            << closed << QString();
+
+        Keymap volDown = PhoneDefaults();
+        volDown[PhoneKeys::VolDown] = KeyAction{true, MouseActions::MoveDown, 0, 0, QString()};
+        QTest::newRow("long closing tag leaves the key open")
+            << Lines({u"<KEY_VOL_DOWN>"_s, u"</KEY_VOL_DOWN>"_s, u"<MOUSE MOVEMENT = \"Down\" />"_s}) << volDown
+            << QString();
+
+        Keymap comment = PhoneDefaults();
+        comment[PhoneKeys::Cam] = KeyAction{true, MouseActions::MoveUpLeft, 0, 0, u"a b"_s};
+        QTest::newRow("comment trimmed")
+            << Lines({u"   <KEY_CAM>   "_s, u"<MOUSE MOVEMENT = \"upleft\" />  <!--   a b  -->"_s}) << comment
+            << QString();
+        QTest::newRow("comment without its end is empty")
+            << Lines({u"<KEY_CAM>"_s, u"<MOUSE MOVEMENT = \"UpLeft\" /> <!-- a b"_s})
+            << [] { Keymap k = PhoneDefaults(); k[PhoneKeys::Cam] = KeyAction{true, 3, 0, 0, {}}; return k; }()
+            << QString();
+
+        Keymap notNumber = PhoneDefaults();
+        notNumber[PhoneKeys::Cam] = KeyAction{false, 0, 0, 65, QString()};
+        QTest::newRow("modifier not a number still reads the usage")
+            << Lines({u"<KEY_CAM>"_s, u"<KEYBOARD MODIFIERS = \"xx\" USAGEID = \"04\" />"_s}) << notNumber
+            << u"KEY_CAM\t\t-> Keyboard Modifier ist keine Zahl (xx)\r\n"_s;
+
+        Keymap zero = PhoneDefaults();
+        // A keyboard line leaves the mouse action it does not use as it was.
+        zero[PhoneKeys::Left] = KeyAction{false, MouseActions::MoveLeft, 0, 65, QString()};
+        QTest::newRow("modifier 0 is not valid, eight-letter name takes one tab")
+            << Lines({u"<KEY_LEFT>"_s, u"<KEYBOARD MODIFIERS = \"0\" USAGEID = \"04\" />"_s}) << zero
+            << u"KEY_LEFT\t-> Kein g\u00FCltiger Keyboard Modifier (0)\r\n"_s;
+
+        Keymap big = PhoneDefaults();
+        big[PhoneKeys::Digit1] = KeyAction{false, 0, 0, 65, QString()};
+        QTest::newRow("modifier above 256")
+            << Lines({u"<KEY_1>"_s, u"<KEYBOARD MODIFIERS = \"300\" USAGEID = \"04\" />"_s}) << big
+            << u"KEY_1\t\t-> Kein g\u00FCltiger Keyboard Modifier (300)\r\n"_s;
+        QTest::newRow("modifier 256")
+            << Lines({u"<KEY_1>"_s, u"<KEYBOARD MODIFIERS = \"256\" USAGEID = \"04\" />"_s}) << big
+            << u"KEY_1\t\t-> Kein g\u00FCltiger Keyboard Modifier (256)\r\n"_s;
+        QTest::newRow("huge modifier")
+            << Lines({u"<KEY_1>"_s, u"<KEYBOARD MODIFIERS = \"99999999999999999999\" USAGEID = \"04\" />"_s}) << big
+            << u"KEY_1\t\t-> Kein g\u00FCltiger Keyboard Modifier (99999999999999999999)\r\n"_s;
+
+        Keymap odd = PhoneDefaults();
+        odd[PhoneKeys::Digit1] = KeyAction{false, 0, 5, 8, QString()};
+        QTest::newRow("modifier without leading zero, usage lower case")
+            << Lines({u"<KEY_1>"_s, u"<KEYBOARD MODIFIERS = \"5\" USAGEID = \"2a\" />"_s}) << odd << QString();
+
+        Keymap unknownUsage = PhoneDefaults();
+        unknownUsage[PhoneKeys::Digit1] = KeyAction{false, 0, 1, 0, QString()};
+        QTest::newRow("one-digit usage is unknown")
+            << Lines({u"<KEY_1>"_s, u"<KEYBOARD MODIFIERS = \"01\" USAGEID = \"4\" />"_s}) << unknownUsage
+            << u"KEY_1\t\t-> Unbekannte UsageID (4)\r\n"_s;
+        QTest::newRow("missing usage quotes")
+            << Lines({u"<KEY_1>"_s, u"<KEYBOARD MODIFIERS = \"01\" USAGEID = 04 />"_s}) << unknownUsage
+            << u"KEY_1\t\t-> Unbekannte UsageID ()\r\n"_s;
+
+        Keymap period = PhoneDefaults();
+        period[PhoneKeys::Digit1] = KeyAction{false, 0, 0, 188, QString()};
+        QTest::newRow("shared usage reads as the comma")
+            << Lines({u"<KEY_1>"_s, u"<KEYBOARD MODIFIERS = \"00\" USAGEID = \"36\" />"_s}) << period << QString();
+
+        Keymap badButton = PhoneDefaults();
+        badButton[PhoneKeys::Rsk].Comment = u"c"_s;
+        QTest::newRow("unknown button keeps the action, two leading blanks")
+            << Lines({u"<KEY_RSK>"_s, u"<MOUSE BUTTONS = \"Middle\" />  <!-- c -->"_s}) << badButton
+            << u"KEY_RSK\t\t  -> Unbekannte Konstante f\u00FCr Mouse Buttons (Middle)\r\n"_s;
+
+        Keymap badMove = PhoneDefaults();
+        badMove[PhoneKeys::Digit(9)] = KeyAction{true, 0, 0, 0, QString()};
+        QTest::newRow("unknown movement on a key without action")
+            << Lines({u"<KEY_9>"_s, u"<MOUSE MOVEMENT = \"\" />"_s}) << badMove
+            << u"KEY_9\t\t-> Unbekannte Konstante f\u00FCr Mouse Movement ()\r\n"_s;
+
+        QTest::newRow("lf-only text is one line") << u"<KEY_1>\n<MOUSE BUTTONS = \"Left\" />\n"_s << PhoneDefaults()
+                                                  << QString();
+        QTest::newRow("tabs are not trimmed") << Lines({u"\t<KEY_1>"_s, u"<MOUSE BUTTONS = \"Left\" />"_s})
+                                              << [] {
+                                                     Keymap k = PhoneDefaults();
+                                                     k[PhoneKeys::Lsk] = KeyAction{true, 0, 0, 0, {}};
+                                                     return k;
+                                                 }()
+                                              << QString();
+
+        Keymap two = PhoneDefaults();
+        two[PhoneKeys::Digit(2)] = KeyAction{false, 0, 0, 0, QString()};
+        QTest::newRow("several errors on one key")
+            << Lines({u"<KEY_2>"_s, u"<KEYBOARD MODIFIERS = \"y\" USAGEID = \"zz\" />"_s}) << two
+            << u"KEY_2\t\t-> Keyboard Modifier ist keine Zahl (y)\r\nKEY_2\t\t-> Unbekannte UsageID (zz)\r\n"_s;
+    }
+    void read()
+    {
+        QFETCH(QString, text);
+        QFETCH(Keymap, expected);
+        QFETCH(QString, errors);
+        Keymap keymap;
+        keymap[PhoneKeys::Hash] = KeyAction{true, 5, 0, 0, u"stale"_s};
+        KeymapReadErrors found;
+        QCOMPARE(ReadKeymapText(keymap, text, true, &found), !errors.isEmpty());
+        QCOMPARE(found.List, errors);
+        for (PhoneKey key = 0; key < PhoneKeys::Count; ++key) {
+            const KeyAction &got = keymap[key];
+            const KeyAction &want = expected[key];
+            QVERIFY2(got == want, qPrintable(KeyFileName(key)));
+        }
+    }
+
+    void writtenTextReadsBackUnchanged()
+    {
+        // Random keymaps of every action kind on every key: write, read, write.
+        QRandomGenerator random(20261121);
+        const int codes[] = {0, 8, 13, 32, 48, 49, 65, 89, 90, 96, 105, 112, 123, 144, 186, 188, 190, 222, 226};
+        for (int round = 0; round < 300; ++round) {
+            Keymap keymap;
+            for (PhoneKey key = 0; key < PhoneKeys::Count; ++key) {
+                KeyAction &action = keymap[key];
+                action.IsMouse = random.bounded(2) == 1;
+                action.MouseAction = random.bounded(MouseActions::Count);
+                action.Modifiers = static_cast<std::int16_t>(random.bounded(256));
+                action.KeyCode = static_cast<std::int16_t>(codes[random.bounded(int(std::size(codes)))]);
+                if (random.bounded(3) == 0)
+                    action.Comment = u"Taste \u00C4 %1"_s.arg(key);
+            }
+            const QString text = WriteKeymapText(keymap);
+            Keymap back;
+            KeymapReadErrors errors;
+            QVERIFY2(!ReadKeymapText(back, text, true, &errors), qPrintable(errors.List));
+            QCOMPARE(WriteKeymapText(back), text);
+        }
+    }
+
+    void readsFilesAsWindows1252()
+    {
+        const QString path = QFINDTESTDATA("../fixtures/keymap-with-errors.kcf");
+        QVERIFY(!path.isEmpty());
+        Keymap keymap;
+        KeymapReadErrors errors;
+        QVERIFY(ReadKeymapText(keymap, path, false, &errors));
+        QCOMPARE(keymap[PhoneKeys::Cam].Comment, u"Kamera f\u00FCr Fotos"_s);
+        QCOMPARE(errors.List,
+                 u"KEY_LSK\t\t  -> Unbekannte Konstante f\u00FCr Mouse Buttons (Middle)\r\n"
+                 "KEY_LEFT\t-> Unbekannte Konstante f\u00FCr Mouse Movement (Sideways)\r\n"
+                 "KEY_CAM\t\t-> Keyboard Modifier ist keine Zahl (xx)\r\n"
+                 "KEY_5\t\t-> Kein g\u00FCltiger Keyboard Modifier (0)\r\n"
+                 "KEY_5\t\t-> Unbekannte UsageID (4)\r\n"_s);
+    }
+
+    void unreadableFileIsAnInternalError()
+    {
+        QTemporaryDir dir;
+        Keymap keymap;
+        keymap[PhoneKeys::Hash] = KeyAction{true, 5, 0, 0, {}};
+        KeymapReadErrors errors;
+        QVERIFY(ReadKeymapText(keymap, dir.filePath(u"missing.kcf"_s), false, &errors));
+        QCOMPARE(keymap, PhoneDefaults());
+        QCOMPARE(KeymapReadSummary(errors), u"Programinternal Error:\r\n53 File not found"_s);
+        QVERIFY(ReadKeymapText(keymap, dir.path(), false, &errors));
+        QCOMPARE(errors.InternalErrorNumber, 75);
+    }
+
+    void summaryIndentsEveryLine()
+    {
+        KeymapReadErrors errors;
+        errors.List = u"KEY_1\t\t-> a (x)\r\nKEY_LEFT\t-> b (y)\r\n"_s;
+        QCOMPARE(KeymapReadSummary(errors),
+                 u"By reading of the following keys raised an error:\r\n   KEY_1\t\t-> a (x)\r\n   KEY_LEFT\t-> b (y)\r\n   "_s);
+        QCOMPARE(KeymapReadErrorTitle(), u"Errors reading Keymap"_s);
+    }
+
+    void summaryIsLocalised()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath(u"deutsch.lng"_s);
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("[Errors]\r\n12=Beim Lesen folgender Tasten trat ein Fehler auf:\r\nReadError=Lesefehler\r\n");
+        file.close();
+        SetLanguage(path);
+        KeymapReadErrors errors;
+        errors.List = u"KEY_1\t\t-> a (x)\r\n"_s;
+        QCOMPARE(KeymapReadSummary(errors),
+                 u"Beim Lesen folgender Tasten trat ein Fehler auf:\r\n   KEY_1\t\t-> a (x)\r\n   "_s);
+        QCOMPARE(KeymapReadErrorTitle(), u"Lesefehler"_s);
+        SetLanguage(QString());
+    }
+
+    void reportFileText()
+    {
+        const QDateTime when(QDate(2026, 11, 21), QTime(16, 5, 9));
+        const QByteArray report = KeymapErrorReportText(u"Sum\u00FC\r\n   KEY_1\t\tx"_s, when);
+        const QList<QByteArray> lines = report.split('\n');
+        QCOMPARE(lines.at(0), QByteArray("LastReadError.txt von Padmapper\r"));
+        QCOMPARE(lines.at(1), QByteArray("\r"));
+        QCOMPARE(lines.at(2), "Programmversion:   " + QByteArray(PADMAPPER_VERSION) + "\r");
+        QVERIFY(lines.at(3).startsWith("Zeitpunkt:         "));
+        QVERIFY(lines.at(3).contains("05"));
+        QVERIFY(lines.at(3).contains("2026") || lines.at(3).contains("26"));
+        QCOMPARE(lines.at(4), QByteArray("\r"));
+        QVERIFY(report.endsWith("\r\n\r\nSum\xFC\r\n   KEY_1\t\tx\r\n"));
+    }
+
+    void veryLongAndBinaryInputEnds()
+    {
+        QByteArray junk(1 << 20, '\0');
+        QRandomGenerator random(7);
+        for (char &c : junk)
+            c = static_cast<char>(random.bounded(256));
+        Keymap keymap;
+        ReadKeymapText(keymap, QString::fromLatin1(junk), true);
+        const QString manyLines = QString(u"<KEY_1>\r\n<KEYBOARD MODIFIERS = \"q\" USAGEID = \"ZZ\" />\r\n"_s).repeated(20000);
+        KeymapReadErrors errors;
+        QVERIFY(ReadKeymapText(keymap, manyLines, true, &errors));
+        QCOMPARE(errors.List.count(u'\n'), 40000);
+    }
+};
+
+QTEST_APPLESS_MAIN(tst_KeymapReader)
+#include "tst_keymapreader.moc"
