@@ -4,6 +4,7 @@
 #include "keymap.h"
 #include "keytable.h"
 #include "support/ansitext.h"
+#include "support/savefile.h"
 
 #include <QSaveFile>
 
@@ -72,5 +73,5 @@ bool WriteKeymapText(const Keymap &keymap, const QString &path)
     const QByteArray bytes = ToAnsi(WriteKeymapText(keymap) + LineEnd);
     if (file.write(bytes) != bytes.size())
         return false;
-    return file.commit();
+    return CommitWhole(file);
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "programpaths.h"
 
+#include "savefile.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
@@ -19,7 +21,7 @@ bool WriteWhole(const QString &path, const QByteArray &bytes)
     if (!file.open(QIODevice::WriteOnly))
         return false;
     file.write(bytes);
-    return file.commit();
+    return CommitWhole(file);
 }
 
 } // namespace
