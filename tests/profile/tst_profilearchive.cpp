@@ -1,0 +1,261 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "keymap/keymap.h"
+#include "keymap/keymapreader.h"
+#include "keymap/keymapwriter.h"
+#include "profile/profilearchive.h"
+#include "profile/tar.h"
+#include "profile/tempfiles.h"
+
+#include <QFile>
+#include <QImage>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QByteArray ReadAll(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+Keymap SampleKeymap()
+{
+    Keymap keymap;
+    keymap.ResetToPhoneDefaults();
+    keymap[PhoneKeys::Digit(5)] = KeyAction{false, 0, 0, 13, u"Enter"_s};
+    return keymap;
+}
+
+} // namespace
+
+class tst_ProfileArchive : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+    QString Path(const QString &name) const { return m_dir.filePath(name); }
+
+    QString MakePicture(const QString &name, const char *format)
+    {
+        QImage image(30, 20, QImage::Format_RGB32);
+        image.fill(Qt::blue);
+        const QString path = Path(name);
+        return image.save(path, format) ? path : QString();
+    }
+
+    ProfilePicture Adopted(const QString &name, const char *format)
+    {
+        ProfilePicture picture;
+        if (!AdoptPicture(MakePicture(name, format), picture))
+            qWarning("picture not adopted");
+        return picture;
+    }
+
+    QString WriteArchive(const QString &name, const QList<std::pair<QString, QByteArray>> &entries)
+    {
+        cTar tar;
+        int i = 0;
+        for (const auto &[entryName, bytes] : entries) {
+            const QString source = Path(u"src%1.bin"_s.arg(i++));
+            QFile file(source);
+            if (!file.open(QIODevice::WriteOnly))
+                return {};
+            file.write(bytes);
+            file.close();
+            tar.AddFile(source, entryName, QString());
+        }
+        const QString path = Path(name);
+        return tar.CreateTarFile(path) ? path : QString();
+    }
+
+private slots:
+    void cleanup() { DeleteTempFiles(); }
+
+    void adoptCopiesThePicture()
+    {
+        const QString original = MakePicture(u"Photo.JPG"_s, "jpg");
+        ProfilePicture picture;
+        QVERIFY(AdoptPicture(original, picture));
+        QVERIFY(!picture.Image.isNull());
+        QCOMPARE(picture.PictureName, u"Photo.JPG"_s);
+        QVERIFY(picture.PictureTempPath.endsWith(u".tmp"_s));
+        QVERIFY(QFileInfo(picture.PictureTempPath).fileName().startsWith(u"PMX"_s));
+        QCOMPARE(ReadAll(picture.PictureTempPath), ReadAll(original));
+        QVERIFY(TempFiles().contains(picture.PictureTempPath));
+
+        // The program's own copies are shown, not copied again.
+        const QString copy = picture.PictureTempPath;
+        QVERIFY(AdoptPicture(copy, picture));
+        QCOMPARE(picture.PictureTempPath, copy);
+        QCOMPARE(TempFiles().size(), 1);
+        QVERIFY(!AdoptPicture(QString(), picture));
+    }
+
+    void savedEntriesTakeTheProfilesName_data()
+    {
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<bool>("asCopy");
+        QTest::addColumn<QString>("written");
+        QTest::addColumn<QString>("base");
+        QTest::newRow("extension added") << u"Games"_s << false << u"Games.hid"_s << u"Games"_s;
+        QTest::newRow("upper-case HID kept") << u"Games.HID"_s << false << u"Games.HID"_s << u"Games"_s;
+        QTest::newRow("other extension gets hid") << u"Games.tar"_s << false << u"Games.tar.hid"_s << u"Games.tar"_s;
+        QTest::newRow("several dots") << u"a.b.hid"_s << false << u"a.b.hid"_s << u"a.b"_s;
+        QTest::newRow("copy keeps its path") << u"PMX1.tmp"_s << true << u"PMX1.tmp"_s << u"PMX1"_s;
+        QTest::newRow("name of only an extension") << u".hid"_s << false << u".hid"_s << QString();
+    }
+    void savedEntriesTakeTheProfilesName()
+    {
+        QFETCH(QString, target);
+        QFETCH(bool, asCopy);
+        QFETCH(QString, written);
+        QFETCH(QString, base);
+        const ProfilePicture picture = Adopted(u"Photo.JPG"_s, "jpg");
+        QString path = Path(target);
+        std::optional<ProfileMessage> message;
+        QVERIFY(SaveProfile(path, asCopy, SampleKeymap(), picture, &message));
+        QCOMPARE(path, Path(written));
+        QCOMPARE(message, std::nullopt);
+
+        cTar tar;
+        QVERIFY(tar.GetContents(path));
+        QCOMPARE(tar.TotalFiles(), 2);
+        QCOMPARE(tar.Filename(1), base + u".jpg"_s);
+        QCOMPARE(tar.FileToArray(1), ReadAll(picture.PictureTempPath));
+        QCOMPARE(tar.Filename(2), base + u".kcf"_s);
+        QCOMPARE(tar.FileToArray(2), WriteKeymapText(SampleKeymap()).toLatin1());
+    }
+
+    void savingNeedsAPicture()
+    {
+        QString path = Path(u"x.hid"_s);
+        std::optional<ProfileMessage> message;
+        QVERIFY(!SaveProfile(path, false, SampleKeymap(), ProfilePicture(), &message));
+        QCOMPARE(message, ProfileMessage::NoPicture);
+        QVERIFY(!QFile::exists(path));
+
+        ProfilePicture undecodable;
+        QFile junk(Path(u"junk.png"_s));
+        QVERIFY(junk.open(QIODevice::WriteOnly));
+        junk.write("not a picture");
+        junk.close();
+        QVERIFY(!AdoptPicture(Path(u"junk.png"_s), undecodable));
+        QVERIFY(!SaveProfile(path, false, SampleKeymap(), undecodable, &message));
+        QCOMPARE(message, ProfileMessage::NoPicture);
+
+        QString empty;
+        ProfilePicture picture = Adopted(u"p.png"_s, "png");
+        QVERIFY(!SaveProfile(empty, false, SampleKeymap(), picture, &message));
+        QCOMPARE(message, std::nullopt);
+    }
+
+    void vanishedPictureKeepsThePreviousFile()
+    {
+        ProfilePicture picture = Adopted(u"p.png"_s, "png");
+        QString path = Path(u"keep.hid"_s);
+        QVERIFY(SaveProfile(path, false, SampleKeymap(), picture));
+        const QByteArray before = ReadAll(path);
+        QVERIFY(QFile::remove(picture.PictureTempPath));
+        std::optional<ProfileMessage> message;
+        QVERIFY(!SaveProfile(path, false, Keymap(), picture, &message));
+        QCOMPARE(message, ProfileMessage::NoPicture);
+        QCOMPARE(ReadAll(path), before);
+    }
+
+    void openFindsPictureAndKeymap()
+    {
+        const QByteArray png = ReadAll(MakePicture(u"logo.png"_s, "png"));
+        const QString path = WriteArchive(u"open.hid"_s, {{u"pics/Logo.PNG"_s, png},
+                                                          {u"readme.txt"_s, "ignored"},
+                                                          {u"x.kcf"_s, WriteKeymapText(SampleKeymap()).toLatin1()}});
+        const OpenedProfile opened = OpenProfileArchive(path);
+        QVERIFY(opened.Opened);
+        QVERIFY(opened.Messages.isEmpty());
+        QCOMPARE(opened.PictureName, u"Logo.PNG"_s);
+        QCOMPARE(ReadAll(opened.PictureTempPath), png);
+        Keymap keymap;
+        QVERIFY(!ReadKeymapText(keymap, opened.KeymapText, true));
+        QCOMPARE(keymap, SampleKeymap());
+    }
+
+    void openReportsWhatIsMissing_data()
+    {
+        QTest::addColumn<QByteArray>("archive"); // raw bytes; empty = build from entries below
+        QTest::addColumn<QStringList>("entries");
+        QTest::addColumn<bool>("opened");
+        QTest::addColumn<QList<int>>("messages");
+        QTest::newRow("only a keymap") << QByteArray() << QStringList{u"a.kcf"_s} << true << QList<int>{6};
+        QTest::newRow("only a picture") << QByteArray() << QStringList{u"a.gif"_s} << true << QList<int>{7};
+        QTest::newRow("neither") << QByteArray() << QStringList{u"a.txt"_s} << true << QList<int>{6, 7};
+        QTest::newRow("no entries") << QByteArray(1024, '\0') << QStringList() << false << QList<int>{5};
+        QTest::newRow("not a tar file") << QByteArray(2000, 'z') << QStringList() << true << QList<int>{6, 7};
+    }
+    void openReportsWhatIsMissing()
+    {
+        QFETCH(QByteArray, archive);
+        QFETCH(QStringList, entries);
+        QFETCH(bool, opened);
+        QFETCH(QList<int>, messages);
+        QString path;
+        if (archive.isEmpty()) {
+            QList<std::pair<QString, QByteArray>> list;
+            for (const QString &name : entries)
+                list.append({name, "data"});
+            path = WriteArchive(u"missing.hid"_s, list);
+        } else {
+            path = Path(u"raw.hid"_s);
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write(archive);
+        }
+        const OpenedProfile result = OpenProfileArchive(path);
+        QCOMPARE(result.Opened, opened);
+        QList<int> got;
+        for (const ProfileMessage m : result.Messages)
+            got << static_cast<int>(m);
+        QCOMPARE(got, messages);
+    }
+
+    void unreadableArchive()
+    {
+        const OpenedProfile result = OpenProfileArchive(Path(u"nowhere.hid"_s));
+        QVERIFY(!result.Opened);
+        QCOMPARE(result.Messages, QList<ProfileMessage>{ProfileMessage::ExtractingArchiveFailed});
+        QCOMPARE(ProfileMessageText(ProfileMessage::ExtractingArchiveFailed), u"Extracting Archive failed !"_s);
+        QCOMPARE(ProfileMessageTitle(ProfileMessage::ExtractingArchiveFailed), u"Error"_s);
+        QCOMPARE(ProfileMessageTitle(ProfileMessage::NoKeymapEntry), u"Note !"_s);
+    }
+
+    void twoPicturesTheSecondWins()
+    {
+        const QString path = WriteArchive(u"two.hid"_s, {{u"one.png"_s, "first"}, {u"two.bmp"_s, "second"}});
+        const int before = TempFiles().size();
+        const OpenedProfile opened = OpenProfileArchive(path);
+        QCOMPARE(TempFiles().size(), before + 2);
+        QCOMPARE(opened.PictureName, u"two.bmp"_s);
+        QCOMPARE(ReadAll(opened.PictureTempPath), QByteArray("second"));
+    }
+
+    void temporaryFilesAreDeleted()
+    {
+        ProfilePicture picture = Adopted(u"t.png"_s, "png");
+        QString path = Path(u"t.hid"_s);
+        QVERIFY(SaveProfile(path, false, SampleKeymap(), picture));
+        (void)OpenProfileArchive(path);
+        const QStringList files = TempFiles();
+        QCOMPARE(files.size(), 2);
+        for (const QString &file : files)
+            QVERIFY(QFile::exists(file));
+        DeleteTempFiles();
+        for (const QString &file : files)
+            QVERIFY(!QFile::exists(file));
+        QVERIFY(TempFiles().isEmpty());
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_ProfileArchive)
+#include "tst_profilearchive.moc"
