@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Test helper: makes temporary files, prints their paths and waits to be
+// ended by a signal.
+#include "profile/tempfiles.h"
+
+#include <QCoreApplication>
+#include <QThread>
+
+#include <cstdio>
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    DeleteTempFilesOnTermination();
+    for (int i = 0; i < 3; ++i)
+        std::printf("%s\n", qPrintable(NewTempFile(QStringLiteral("PMX"))));
+    std::fflush(stdout);
+    QThread::sleep(60);
+    DeleteTempFiles();
+    return 0;
+}
