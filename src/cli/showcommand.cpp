@@ -5,15 +5,36 @@
 #include "keymap/keymap.h"
 #include "keymap/keymapreader.h"
 #include "keymap/keymapwriter.h"
+#include "profile/profilearchive.h"
 #include "support/ansitext.h"
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+bool IsProfilePath(const QString &path)
+{
+    const QString extension = LowerExtension(path);
+    return extension == "hid"_L1 || extension == "tar"_L1;
+}
+
+} // namespace
 
 int RunShow(const QString &path)
 {
     Keymap keymap;
     KeymapReadErrors errors;
-    const bool failed = ReadKeymapText(keymap, path, false, &errors);
+    bool failed = false;
+    if (IsProfilePath(path)) {
+        const OpenedProfile profile = OpenProfileArchive(path);
+        for (const ProfileMessage message : profile.Messages)
+            WriteStderr(ProfileMessageText(message));
+        if (!profile.Opened)
+            return ExitStatus::Failure;
+        failed = ReadKeymapText(keymap, profile.KeymapText, true, &errors);
+    } else {
+        failed = ReadKeymapText(keymap, path, false, &errors);
+    }
     WriteStdout(ToAnsi(WriteKeymapText(keymap) + "\r\n"_L1));
     if (!failed)
         return ExitStatus::Success;

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/ansitext.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QImage>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -35,6 +37,22 @@ QByteArray ReadAll(const QString &path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool WriteFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
+}
+
+// A picture with enough detail that it does not compress to nothing.
+QString MakePicture(const QString &path, int width, int height)
+{
+    QImage image(width, height, QImage::Format_RGB32);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            image.setPixel(x, y, qRgb((x * 7 + y * 13) & 255, (x * y) & 255, (x ^ y) & 255));
+    return image.save(path) ? path : QString();
 }
 
 } // namespace
@@ -110,6 +128,113 @@ private slots:
         QVERIFY(run.out.startsWith("<SONY_ERICSSON_REMOTE_CONTROL_CONFIGURATION"));
         QVERIFY(run.err.contains("KEY_1\t\t-> Keyboard Modifier ist keine Zahl ()"));
     }
+
+    void packListExtractShowRoundTrip()
+    {
+        QTemporaryDir dir;
+        const QString picture = MakePicture(dir.filePath(u"Photo.PNG"_s), 80, 60);
+        const QString keymap = QFINDTESTDATA("../fixtures/keymap-writer-example.kcf");
+        const Run pack = RunCli({u"pack"_s, picture, keymap, dir.filePath(u"Games"_s)});
+        QCOMPARE(pack.status, 0);
+        QCOMPARE(pack.err, QByteArray());
+        const QString profile = dir.filePath(u"Games.hid"_s);
+        QVERIFY(QFileInfo::exists(profile));
+
+        const Run list = RunCli({u"list"_s, profile});
+        QCOMPARE(list.status, 0);
+        const QByteArray keymapText = ReadAll(keymap).chopped(2); // stored without the final line end
+        QCOMPARE(list.out, "1\t" + QByteArray::number(ReadAll(picture).size()) + "\tGames.png\n2\t"
+                               + QByteArray::number(keymapText.size()) + "\tGames.kcf\n");
+
+        QCOMPARE(RunCli({u"extract"_s, profile, u"1"_s, dir.filePath(u"out/pic.png"_s)}).status, 0);
+        QCOMPARE(ReadAll(dir.filePath(u"out/pic.png"_s)), ReadAll(picture));
+        QCOMPARE(RunCli({u"extract"_s, profile, u"2"_s, dir.filePath(u"out/k.kcf"_s)}).status, 0);
+        QCOMPARE(ReadAll(dir.filePath(u"out/k.kcf"_s)), keymapText);
+
+        const Run show = RunCli({u"show"_s, profile});
+        QCOMPARE(show.status, 0);
+        QCOMPARE(show.out, ReadAll(keymap));
+        QCOMPARE(show.err, QByteArray());
+    }
+
+    void profileFailures_data()
+    {
+        QTest::addColumn<QStringList>("arguments"); // %1 stands for the temporary folder
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QByteArray>("err");
+        QTest::newRow("list a missing archive") << QStringList{u"list"_s, u"%1/none.tar"_s} << 1
+                                                << QByteArray("padmapper-cli: Extracting Archive failed !");
+        QTest::newRow("extract entry 0") << QStringList{u"extract"_s, u"%1/k.tar"_s, u"0"_s, u"%1/x"_s} << 1
+                                         << QByteArray("padmapper-cli: %1/k.tar has no entry 0");
+        QTest::newRow("extract entry past the end")
+            << QStringList{u"extract"_s, u"%1/k.tar"_s, u"2"_s, u"%1/x"_s} << 1
+            << QByteArray("padmapper-cli: %1/k.tar has no entry 2");
+        QTest::newRow("extract a non-number") << QStringList{u"extract"_s, u"%1/k.tar"_s, u"one"_s, u"%1/x"_s}
+                                              << 2 << QByteArray("padmapper-cli: not an entry number");
+        QTest::newRow("pack an undecodable picture")
+            << QStringList{u"pack"_s, u"%1/k.tar"_s, u"%1/k.kcf"_s, u"%1/out"_s} << 1
+            << QByteArray("padmapper-cli: No Picture is loadet !");
+        QTest::newRow("pack a missing picture")
+            << QStringList{u"pack"_s, u"%1/none.png"_s, u"%1/k.kcf"_s, u"%1/out"_s} << 1
+            << QByteArray("padmapper-cli: no picture file");
+        QTest::newRow("show a profile without entries") << QStringList{u"show"_s, u"%1/empty.hid"_s} << 1
+                                                        << QByteArray("The Archive contained no Files !");
+        QTest::newRow("show a keymap-only profile notes the picture")
+            << QStringList{u"show"_s, u"%1/k.tar"_s} << 0 << QByteArray("The Profile contains no Picture !");
+    }
+    void profileFailures()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(int, status);
+        QFETCH(QByteArray, err);
+        QTemporaryDir dir;
+        QVERIFY(WriteFile(dir.filePath(u"k.kcf"_s), ReadAll(QFINDTESTDATA("../fixtures/keymap-writer-example.kcf"))));
+        QCOMPARE(RunCli({u"pack"_s, MakePicture(dir.filePath(u"p.png"_s), 8, 8), dir.filePath(u"k.kcf"_s),
+                         dir.filePath(u"two.hid"_s)})
+                     .status,
+                 0);
+        // k.tar: a tar with only the keymap (entry 2 of the profile, repacked).
+        QCOMPARE(RunCli({u"extract"_s, dir.filePath(u"two.hid"_s), u"2"_s, dir.filePath(u"only/k.kcf"_s)}).status, 0);
+        QVERIFY(QProcess::execute(u"tar"_s, {u"-C"_s, dir.filePath(u"only"_s), u"-cf"_s, dir.filePath(u"k.tar"_s),
+                                             u"k.kcf"_s})
+                == 0);
+        QVERIFY(WriteFile(dir.filePath(u"empty.hid"_s), QByteArray(1024, '\0')));
+
+        QStringList expanded;
+        for (const QString &argument : arguments)
+            expanded << argument.arg(dir.path());
+        const Run run = RunCli(expanded);
+        QCOMPARE(run.status, status);
+        QVERIFY2(run.err.startsWith(QString::fromLatin1(err).arg(dir.path()).toLocal8Bit()), run.err.constData());
+        QVERIFY(!QFileInfo::exists(dir.filePath(u"x"_s)));
+        QVERIFY(!QFileInfo::exists(dir.filePath(u"out.hid"_s)));
+    }
+
+#ifdef Q_OS_UNIX
+    void fullDiskKeepsThePreviousProfile()
+    {
+        // A file-size limit makes writes fail the way a full disk does.
+        QTemporaryDir dir;
+        const QString keymap = QFINDTESTDATA("../fixtures/keymap-writer-example.kcf");
+        const QString small = MakePicture(dir.filePath(u"small.png"_s), 8, 8);
+        const QString large = MakePicture(dir.filePath(u"large.bmp"_s), 200, 200);
+        const QString profile = dir.filePath(u"Games.hid"_s);
+        QCOMPARE(RunCli({u"pack"_s, small, keymap, profile}).status, 0);
+        const QByteArray before = ReadAll(profile);
+        const QStringList filesBefore = QDir(dir.path()).entryList(QDir::Files);
+
+        // Room for the picture's temporary copy, not for the archive around it.
+        const qint64 limit = QFileInfo(large).size() + 512;
+        QProcess process;
+        process.start(u"sh"_s, {u"-c"_s, u"trap '' XFSZ; exec prlimit --fsize=$0 \"$1\" pack \"$2\" \"$3\" \"$4\""_s,
+                                QString::number(limit), QString::fromUtf8(PADMAPPER_CLI), large, keymap, profile});
+        QVERIFY(process.waitForFinished(60000));
+        QCOMPARE(process.exitCode(), 1);
+        QVERIFY(process.readAllStandardError().contains("Creating Archive failed !"));
+        QCOMPARE(ReadAll(profile), before);
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files), filesBefore);
+    }
+#endif
 
     void usageErrors_data()
     {

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "profilecommands.h"
+
+#include "clioutput.h"
+#include "keymap/keymap.h"
+#include "keymap/keymapreader.h"
+#include "profile/profilearchive.h"
+#include "profile/tar.h"
+
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
+
+int RunList(const QString &archivePath)
+{
+    cTar tar;
+    if (!tar.GetContents(archivePath)) {
+        Complain(ProfileMessageText(ProfileMessage::ExtractingArchiveFailed) + u' ' + archivePath);
+        return ExitStatus::Failure;
+    }
+    QString listing;
+    for (int entry = 1; entry <= tar.TotalFiles(); ++entry)
+        listing += u"%1\t%2\t%3\n"_s.arg(entry).arg(tar.Size(entry)).arg(tar.Filename(entry));
+    WriteStdout(listing.toLocal8Bit());
+    return ExitStatus::Success;
+}
+
+int RunExtract(const QString &archivePath, const QString &entry, const QString &destination)
+{
+    bool isNumber = false;
+    const int number = entry.toInt(&isNumber);
+    if (!isNumber) {
+        Complain(u"not an entry number: %1"_s.arg(entry));
+        return ExitStatus::Usage;
+    }
+    cTar tar;
+    if (!tar.GetContents(archivePath)) {
+        Complain(ProfileMessageText(ProfileMessage::ExtractingArchiveFailed) + u' ' + archivePath);
+        return ExitStatus::Failure;
+    }
+    if (!tar.ExtractFile(destination, number)) {
+        if (number < 1 || number > tar.TotalFiles())
+            Complain(u"%1 has no entry %2 (it has %3)"_s.arg(archivePath).arg(number).arg(tar.TotalFiles()));
+        else
+            Complain(u"entry %1 was not extracted to %2 (it is empty, or the file cannot be written)"_s.arg(number).arg(
+                destination));
+        return ExitStatus::Failure;
+    }
+    return ExitStatus::Success;
+}
+
+int RunPack(const QString &picturePath, const QString &keymapPath, const QString &outPath)
+{
+    if (!QFileInfo(picturePath).isFile()) {
+        Complain(u"no picture file %1"_s.arg(picturePath));
+        return ExitStatus::Failure;
+    }
+    ProfilePicture picture;
+    (void)AdoptPicture(picturePath, picture);
+
+    Keymap keymap;
+    KeymapReadErrors errors;
+    const bool readErrors = ReadKeymapText(keymap, keymapPath, false, &errors);
+    if (readErrors) {
+        const QString summary = KeymapReadSummary(errors);
+        (void)WriteKeymapErrorReport(summary);
+        WriteStderr(summary);
+    }
+
+    QString path = outPath;
+    std::optional<ProfileMessage> message;
+    if (!SaveProfile(path, false, keymap, picture, &message)) {
+        if (message)
+            Complain(ProfileMessageText(*message));
+        return ExitStatus::Failure;
+    }
+    return readErrors ? ExitStatus::Failure : ExitStatus::Success;
+}
