@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 
@@ -39,7 +40,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         (void)tar.Filename(entry);
         (void)tar.IsDir(entry);
         const QByteArray bytes = tar.FileToArray(entry);
-        if (bytes.size() > qsizetype(size) || bytes.isEmpty())
+        if (bytes.size() > std::max<qsizetype>(1, qsizetype(size)) || bytes.isEmpty())
             std::abort();
         if (tar.ExtractFile(extracted, entry) && QFileInfo(extracted).size() != bytes.size())
             std::abort();
