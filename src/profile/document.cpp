@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "document.h"
+
+#include "keymap/keymapreader.h"
+#include "settings/languagetext.h"
+
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString UnnamedText()
+{
+    return LanguageText(u"CommonDialog"_s, u"File_Unnamed"_s, u"Unnamed"_s);
+}
+
+} // namespace
+
+Document::Document(QObject *parent) : QObject(parent)
+{
+}
+
+bool Document::IsKeymapDocument() const
+{
+    return LowerExtension(m_currentFile) == "kcf"_L1;
+}
+
+QString Document::DisplayName() const
+{
+    return m_currentFile.isEmpty() ? UnnamedText() : ProfileBaseName(m_currentFile);
+}
+
+QString Document::NameWithExtension() const
+{
+    return m_currentFile.isEmpty() ? UnnamedText() : QFileInfo(m_currentFile).fileName();
+}
+
+QString Document::Caption() const
+{
+    return DisplayName() + " - Padmapper"_L1;
+}
+
+void Document::Edited(PhoneKey key)
+{
+    emit KeyActionChanged(key);
+    SetSaved(false);
+}
+
+void Document::SetModifiers(PhoneKey key, int modifiers)
+{
+    m_keymap[key].Modifiers = static_cast<std::int16_t>(modifiers);
+    Edited(key);
+}
+
+void Document::SetIsMouse(PhoneKey key, bool isMouse)
+{
+    m_keymap[key].IsMouse = isMouse;
+    Edited(key);
+}
+
+void Document::SetKeyCode(PhoneKey key, int keyCode)
+{
+    m_keymap[key].KeyCode = static_cast<std::int16_t>(keyCode);
+    Edited(key);
+}
+
+void Document::SetMouseAction(PhoneKey key, int mouseAction)
+{
+    m_keymap[key].MouseAction = mouseAction;
+    Edited(key);
+}
+
+void Document::SetComment(PhoneKey key, const QString &comment)
+{
+    m_keymap[key].Comment = comment;
+    Edited(key);
+}
+
+void Document::SetAction(PhoneKey key, const KeyAction &action)
+{
+    m_keymap[key] = action;
+    Edited(key);
+}
+
+void Document::SetCurrentFile(const QString &path)
+{
+    if (m_currentFile == path)
+        return;
+    m_currentFile = path;
+    emit CurrentFileChanged();
+}
+
+void Document::SetSaved(bool saved)
+{
+    if (m_isSaved == saved)
+        return;
+    m_isSaved = saved;
+    emit SavedChanged(saved);
+}
+
+bool Document::ReadKeymap(const QString &source, bool isText)
+{
+    KeymapReadErrors errors;
+    const bool failed = ReadKeymapText(m_keymap, source, isText, &errors);
+    if (failed) {
+        const QString summary = KeymapReadSummary(errors);
+        (void)WriteKeymapErrorReport(summary);
+        emit MessageRaised(DocumentMessage{summary, KeymapReadErrorTitle(), DocumentMessage::Icon::Critical});
+    }
+    emit KeymapReplaced();
+    return failed;
+}
+
+void Document::Raise(ProfileMessage message)
+{
+    emit MessageRaised(DocumentMessage{ProfileMessageText(message), ProfileMessageTitle(message),
+                                       DocumentMessage::Icon::Critical});
+}
+
+void Document::OpenProfile(const QString &path)
+{
+    const OpenedProfile opened = OpenProfileArchive(path);
+    for (const ProfileMessage message : opened.Messages)
+        Raise(message);
+    if (!opened.Opened)
+        return;
+    SetCurrentFile(path);
+    // A profile without picture keeps the picture shown so far.
+    if (!opened.PictureTempPath.isEmpty()) {
+        m_picture.PictureTempPath = opened.PictureTempPath;
+        m_picture.PictureName = opened.PictureName;
+        AdoptPicture(opened.PictureTempPath);
+    }
+    ReadKeymap(opened.KeymapText, true);
+    SetSaved(true);
+}
+
+bool Document::AdoptPicture(const QString &path)
+{
+    if (path.isEmpty())
+        return false;
+    const bool decoded = ::AdoptPicture(path, m_picture);
+    emit PictureChanged();
+    return decoded;
+}
+
+bool Document::SaveProfile(QString &path, bool asCopy)
+{
+    std::optional<ProfileMessage> message;
+    if (!::SaveProfile(path, asCopy, m_keymap, m_picture, &message)) {
+        if (message)
+            Raise(*message);
+        return false;
+    }
+    if (!asCopy)
+        SetCurrentFile(path);
+    return true;
+}

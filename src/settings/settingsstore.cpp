@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "settingsstore.h"
+
+#include <QSettings>
+
+#include <limits>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+#ifdef Q_OS_WIN
+constexpr auto UserKey = "HKEY_CURRENT_USER\\Software\\Quillon\\PMX"_L1;
+constexpr auto MachineKey = "HKEY_LOCAL_MACHINE\\Software\\Quillon\\PMX"_L1;
+#endif
+
+int ToInt(const QVariant &value)
+{
+    bool ok = false;
+    const qint64 number = value.toLongLong(&ok);
+    if (!ok || number < std::numeric_limits<std::int32_t>::min() || number > std::numeric_limits<std::int32_t>::max())
+        return 0;
+    return static_cast<int>(number);
+}
+
+} // namespace
+
+int SpeedInRange(qint64 speed)
+{
+    return (speed < 1 || speed > Settings::HighestSpeed) ? Settings::DefaultSpeed : static_cast<int>(speed);
+}
+
+SettingsStore::SettingsStore()
+{
+#ifdef Q_OS_WIN
+    m_user = std::make_unique<QSettings>(QString(UserKey), QSettings::NativeFormat);
+    m_machine = std::make_unique<QSettings>(QString(MachineKey), QSettings::NativeFormat);
+#else
+    m_user = std::make_unique<QSettings>(QSettings::IniFormat, QSettings::UserScope, u"Padmapper"_s,
+                                         u"Padmapper"_s);
+#endif
+}
+
+SettingsStore::SettingsStore(const QString &iniPath)
+    : m_user(std::make_unique<QSettings>(iniPath, QSettings::IniFormat))
+{
+}
+
+SettingsStore::~SettingsStore() = default;
+
+QVariant SettingsStore::Value(const QString &name) const
+{
+    QVariant value = m_user->value(name);
+    if (!value.isValid() && m_machine)
+        value = m_machine->value(name);
+    return value;
+}
+
+QString SettingsStore::String(const QString &name) const
+{
+    return Value(name).toString();
+}
+
+void SettingsStore::SetString(const QString &name, const QString &value)
+{
+    m_user->setValue(name, value);
+}
+
+Settings SettingsStore::Read() const
+{
+    Settings settings;
+    settings.HidPath = String(u"HidPath"_s);
+    settings.KcfPath = String(u"KcfPath"_s);
+    settings.PicPath = String(u"PicPath"_s);
+    settings.Language = String(u"Language"_s);
+    settings.Left = ToInt(Value(u"Left"_s));
+    settings.Top = ToInt(Value(u"Top"_s));
+    const QVariant speed = Value(u"Speed"_s);
+    settings.Speed = SpeedInRange(speed.isValid() ? speed.toLongLong() : 0);
+    // The number is kept in 16 bits, as it always was.
+    settings.COMPort = static_cast<std::int16_t>(ToInt(Value(u"COMPort"_s)));
+    settings.PortName = String(u"PortName"_s);
+    return settings;
+}
+
+void SettingsStore::WriteOnExit(const Settings &settings)
+{
+    for (const auto &[name, value] : {std::pair{u"HidPath"_s, settings.HidPath}, std::pair{u"KcfPath"_s, settings.KcfPath},
+                                      std::pair{u"PicPath"_s, settings.PicPath}}) {
+        if (!value.isEmpty())
+            m_user->setValue(name, value);
+    }
+    m_user->setValue(u"Left"_s, settings.Left);
+    m_user->setValue(u"Top"_s, settings.Top);
+}
+
+void SettingsStore::WriteLanguage(const QString &language)
+{
+    m_user->setValue(u"Language"_s, language);
+}
+
+void SettingsStore::WritePort(std::int16_t comPort, const QString &portName, int speed)
+{
+    m_user->setValue(u"COMPort"_s, int(comPort));
+    m_user->setValue(u"PortName"_s, portName);
+    m_user->setValue(u"Speed"_s, speed);
+}
+
+bool SettingsStore::Sync()
+{
+    m_user->sync();
+    return m_user->status() == QSettings::NoError;
+}
+
+QString SettingsStore::Location() const
+{
+    return m_user->fileName();
+}
