@@ -14,9 +14,12 @@ class tst_SettingsStore : public QObject
 private:
     QTemporaryDir m_dir;
 
+    int m_files = 0;
+
+    // A new file each time: QSettings caches files by name and modification time.
     QString WriteIni(const QByteArray &text)
     {
-        const QString path = m_dir.filePath(u"settings.ini"_s);
+        const QString path = m_dir.filePath(u"settings-%1.ini"_s.arg(++m_files));
         QFile file(path);
         if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
             return {};
