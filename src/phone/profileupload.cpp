@@ -1,0 +1,240 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "profileupload.h"
+
+#include "settings/languagetext.h"
+
+#include <QFile>
+#include <QThread>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString WindowSection = u"FileuploadWindow"_s;
+const QString ErrorSection = u"Errors"_s;
+constexpr QLatin1StringView ProfileExtension = ".hid"_L1;
+constexpr int PauseSliceMs = 50;
+
+QString WindowText(const QString &key, const QString &defaultText)
+{
+    return LanguageText(WindowSection, key, defaultText);
+}
+
+QString FileNamePart(const QString &path)
+{
+    // Paths may come with either separator, whatever the system.
+    const qsizetype slash = std::max(path.lastIndexOf(u'/'), path.lastIndexOf(u'\\'));
+    return path.mid(slash + 1);
+}
+
+} // namespace
+
+QString SerialPortName(const PortSettings &port)
+{
+#ifdef Q_OS_WIN
+    return port.ComPort > 0 ? "COM"_L1 + QString::number(port.ComPort) : QString();
+#else
+    return port.PortName;
+#endif
+}
+
+bool IsPortConfigured(const PortSettings &port)
+{
+    return !SerialPortName(port).isEmpty() && port.Speed != 0;
+}
+
+QString FillPortPlaceholder(QString text, const PortSettings &port)
+{
+    text.replace("COM%p"_L1, SerialPortName(port));
+#ifdef Q_OS_WIN
+    return text.replace("%p"_L1, QString::number(port.ComPort));
+#else
+    return text.replace("%p"_L1, port.PortName);
+#endif
+}
+
+QString RemoteProfileName(const QString &documentPath)
+{
+    if (documentPath.isEmpty())
+        return LanguageText(u"CommonDialog"_s, u"File_Unnamed"_s, u"Unnamed"_s) + ProfileExtension;
+    QString name = FileNamePart(documentPath);
+    const qsizetype dot = name.lastIndexOf(u'.');
+    if (dot >= 0)
+        name.truncate(dot);
+    return name + ProfileExtension;
+}
+
+QString UploadErrorText(UploadError error, const PortSettings &port)
+{
+    switch (error) {
+    case UploadError::None:
+        return QString();
+    case UploadError::PortNotSet:
+        return LanguageText(ErrorSection, u"14"_s, u"The COM-Port is not set. Please check the settings !"_s);
+    case UploadError::FileNotWritten:
+        return LanguageText(ErrorSection, u"8"_s, u"Creating File failed !"_s);
+    case UploadError::PortNotOpened:
+        return FillPortPlaceholder(LanguageText(ErrorSection, u"9"_s, u"Couldn't connect to COM%p !"_s), port);
+    case UploadError::PortInUse:
+        return FillPortPlaceholder(LanguageText(ErrorSection, u"9"_s, u"Couldn't connect to COM%p !"_s)
+                                       + "\r\n"_L1
+                                       + LanguageText(ErrorSection, u"PortInUse"_s,
+                                                      u"COM%p is in use by another program, or you may not "
+                                                      "open it (on Linux the user must be in the group "
+                                                      "dialout)."_s),
+                                   port);
+    case UploadError::PhoneSilent:
+        return LanguageText(ErrorSection, u"15"_s,
+                            u"The phone didn't answer.%nPleas check the settings or try it once more."_s);
+    // One key, two built-in texts: a language file's key 10 replaces both.
+    case UploadError::ObexNotStarted:
+        return LanguageText(ErrorSection, u"10"_s, u"Initiating Obex-Protocol failed !"_s);
+    case UploadError::ObexNotConnected:
+        return LanguageText(ErrorSection, u"10"_s, u"Initializing Obex-Protocol failed !"_s);
+    case UploadError::PutFailed:
+        return LanguageText(ErrorSection, u"11"_s, u"Fileupload failed !"_s);
+    }
+    return QString();
+}
+
+ProfileUpload::ProfileUpload(UploadRequest request, QObject *parent)
+    : QObject(parent)
+    , m_request(std::move(request))
+    , m_session(m_link)
+{
+    // The session reports from the thread that runs the upload.
+    connect(
+        &m_session, &cOBEXObject::DataTransfer, this,
+        [this](qint32 bytesSent, qint32 total, qint32 rate) {
+            QString text = m_sendingText;
+            text.replace("%f"_L1, m_request.RemoteName);
+            text.replace("%b"_L1, QString::number(bytesSent));
+            text.replace("%r"_L1, QString::number(std::lround(rate / 1024.0)));
+            emit ProgressChanged(bytesSent, total, rate, text);
+        },
+        Qt::DirectConnection);
+}
+
+ProfileUpload::~ProfileUpload() = default;
+
+void ProfileUpload::Abort()
+{
+    m_abort.store(true);
+    m_session.SetAbortFlag(true);
+}
+
+QString ProfileUpload::ErrorText() const
+{
+    return IsAborted() ? QString() : UploadErrorText(m_error, m_request.Port);
+}
+
+int ProfileUpload::Percent(qint64 bytesSent, qint64 total)
+{
+    return total > 0 ? int(bytesSent * 100 / total) : 100;
+}
+
+QString ProfileUpload::ProgressCaption(int percent)
+{
+    return QString::number(percent) + "%  "_L1 + WindowText(u"Caption"_s, u"Fileupload"_s);
+}
+
+void ProfileUpload::Status(const QString &text)
+{
+    emit StatusChanged(text);
+}
+
+bool ProfileUpload::Fail(UploadError error)
+{
+    m_error = error;
+    return false;
+}
+
+bool ProfileUpload::Pause()
+{
+    for (int waited = 0; waited < m_request.OpenPauseMs && !IsAborted(); waited += PauseSliceMs)
+        QThread::msleep(ulong(std::min(PauseSliceMs, m_request.OpenPauseMs - waited)));
+    return !IsAborted();
+}
+
+UploadResult ProfileUpload::Run()
+{
+    m_error = UploadError::None;
+    m_sendingText = WindowText(u"Status4"_s, u"Sending %f  - %t Bytes..."_s);
+    Status(WindowText(u"Status1"_s, u"Generating File..."_s));
+    QString copyPath;
+    UploadResult result = Transfer(copyPath);
+    m_link.ClosePort();
+    if (!copyPath.isEmpty() && QFile::exists(copyPath) && !QFile::remove(copyPath))
+        qCWarning(lcPhone) << "could not delete" << copyPath;
+    if (IsAborted())
+        result = UploadResult::Aborted;
+    emit Finished(result);
+    return result;
+}
+
+UploadResult ProfileUpload::Transfer(QString &copyPath)
+{
+    const auto ended = [this](bool stepDone) { return !stepDone || IsAborted(); };
+    const auto failed = [this] { return m_error == UploadError::None ? UploadResult::Aborted : UploadResult::Failed; };
+
+    if (!IsPortConfigured(m_request.Port)) {
+        Fail(UploadError::PortNotSet);
+        return UploadResult::Failed;
+    }
+    if (m_request.WriteProfileCopy)
+        copyPath = m_request.WriteProfileCopy();
+    if (ended(!copyPath.isEmpty() || Fail(UploadError::FileNotWritten)))
+        return failed();
+
+    Status(FillPortPlaceholder(WindowText(u"Status2"_s, u"Opening COM%p ..."_s), m_request.Port));
+    const bool opened = m_link.OpenPort(SerialPortName(m_request.Port), m_request.Port.Speed);
+    if (!opened)
+        Fail(m_link.LastOpenError() == PortOpenError::InUse ? UploadError::PortInUse : UploadError::PortNotOpened);
+    if (ended(opened))
+        return failed();
+    m_link.SetReadTimeout(m_request.ReadTimeoutMs);
+
+    if (ended(Pause()))
+        return failed();
+    Status(WindowText(u"Status3"_s, u"Initiating Obex Filetransfer..."_s));
+    AtResponse answer = m_link.SendAtCommand(u"AT*EOBEX"_s);
+    // Phones without the vendor command take the standard one.
+    if (answer.Raw.contains("ERROR"_L1))
+        answer = m_link.SendAtCommand(u"AT+CPROT=0"_s);
+    if (answer.Raw.isEmpty())
+        Fail(UploadError::PhoneSilent);
+    else if (!answer.Raw.contains("CONNECT"_L1))
+        Fail(UploadError::ObexNotStarted);
+    if (ended(m_error == UploadError::None))
+        return failed();
+
+    quint16 maxPacketSize = 0;
+    if (ended(m_session.Connect(maxPacketSize, cOBEXObject::UUID()) || Fail(UploadError::ObexNotConnected)))
+        return failed();
+
+    QFile copy(copyPath);
+    if (ended(copy.open(QIODevice::ReadOnly) || Fail(UploadError::FileNotWritten)))
+        return failed();
+    const QByteArray data = copy.readAll();
+    copy.close();
+    m_totalSize = data.size();
+    QString sending = m_sendingText;
+    sending.replace("%f"_L1, m_request.RemoteName).replace("%b"_L1, "0"_L1).replace("%r"_L1, "0"_L1);
+    Status(sending);
+
+    if (!m_session.ObexPut(m_request.RemoteName, data)) {
+        Status(WindowText(u"Status6"_s, u"Fileupload failed !"_s));
+        Fail(UploadError::PutFailed);
+        return failed();
+    }
+    if (!m_session.Disconnect())
+        qCInfo(lcPhone) << "the phone did not confirm the disconnect";
+    QString done = WindowText(u"Status5"_s, u"%f (%t KB) successfully transfered to phone !"_s);
+    done.replace("%f"_L1, m_request.RemoteName)
+        .replace("%t"_L1, QString::number(double(m_totalSize) / 1024.0, 'f', 2));
+    Status(done);
+    return IsAborted() ? UploadResult::Aborted : UploadResult::Succeeded;
+}

@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QMap>
+#include <QMutex>
+#include <QString>
+#include <QStringList>
+
+#include <atomic>
+#include <thread>
+
+// A phone at the far end of a pseudo-terminal, for tests and benchmarks. It
+// answers the AT dialogue as these phones do (echo of the line, then the result
+// in CR LF ... CR LF), enters OBEX mode on CONNECT and serves Connect, Put, Get,
+// SetPath, Abort and Disconnect. Every request packet and every stored file is
+// kept for comparison. Its OBEX parsing is written from the OBEX standard (big-
+// endian UTF-16 names), independently of the client code under test.
+class FakePhone
+{
+public:
+    enum class Answer {
+        Connect, // CONNECT: OBEX mode follows
+        Error,
+        Ok,
+        CmeError, // +CME ERROR: 4
+        EchoOnly, // the echo, then nothing
+        Silent, // not even the echo
+    };
+
+    struct Options
+    {
+        Answer Eobex = Answer::Connect; // to AT*EOBEX
+        Answer Cprot = Answer::Connect; // to AT+CPROT=0
+        bool Echo = true;
+        // Requests answered before the phone falls silent (Connect counts); -1 never.
+        int StallAfter = -1;
+        // Requests answered before the line goes away (the phone closes its end).
+        int VanishAfter = -1;
+        // The n-th Put packet (from 1) is answered with RejectCode instead.
+        int RejectPut = 0;
+        quint8 RejectCode = 0xC3;
+        // The answer to an Abort request.
+        quint8 AbortAnswer = 0xA0;
+        // The Connect answer carries this identifier.
+        quint32 ConnectionId = 1;
+        // Bits per second on the line (10 bits a byte, both directions); 0 unthrottled.
+        qint64 LineBps = 0;
+    };
+
+    FakePhone();
+    explicit FakePhone(const Options &options);
+    ~FakePhone();
+    FakePhone(const FakePhone &) = delete;
+    FakePhone &operator=(const FakePhone &) = delete;
+
+    // Opens the pseudo-terminal and starts answering; false when no terminal
+    // could be made.
+    [[nodiscard]] bool Start();
+    void Stop();
+    // The device a client opens, e.g. /dev/pts/4.
+    QString PortName() const { return m_portName; }
+
+    QStringList AtCommands() const;
+    // Every OBEX request as it arrived.
+    QList<QByteArray> Requests() const;
+    // Files stored by completed uploads, by name.
+    QMap<QString, QByteArray> Files() const;
+    void PutFile(const QString &name, const QByteArray &data);
+    int Disconnects() const;
+    // Waits until the phone has seen this many requests or disconnects.
+    bool WaitForRequests(int count, int timeoutMs) const;
+
+private:
+    void Loop();
+    void HandleLine(const QByteArray &line);
+    void HandleRequest(const QByteArray &packet);
+    void Send(const QByteArray &bytes);
+    void Reply(quint8 code, const QByteArray &headers = {});
+    void PaceLine(qsizetype bytes) const;
+    void Vanish();
+
+    Options m_options;
+    QString m_portName;
+    int m_master = -1;
+    int m_slave = -1;
+    std::thread m_thread;
+    std::atomic<bool> m_stop{false};
+
+    // Touched by the phone's thread only.
+    bool m_obexMode = false;
+    QByteArray m_input;
+    int m_answered = 0;
+    int m_putPackets = 0;
+    QString m_putName;
+    QByteArray m_putBody;
+    bool m_putting = false;
+    QByteArray m_getData;
+    qsizetype m_getSent = 0;
+
+    mutable QMutex m_mutex;
+    QStringList m_atCommands;
+    QList<QByteArray> m_requests;
+    QMap<QString, QByteArray> m_files;
+    int m_disconnects = 0;
+};

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QByteArray>
+#include <QIODevice>
+
+// A phone as a script: the bytes it will send, all at once, and everything the
+// client wrote. Once the script is read, a wait for more times out at once.
+class ScriptedDevice : public QIODevice
+{
+public:
+    explicit ScriptedDevice(const QByteArray &answers = {})
+        : m_answers(answers)
+    {
+        open(QIODevice::ReadWrite | QIODevice::Unbuffered);
+    }
+
+    void AddAnswer(const QByteArray &bytes) { m_answers += bytes; }
+    QByteArray Written() const { return m_written; }
+    qint64 Unread() const { return m_answers.size() - m_readAt; }
+
+    bool isSequential() const override { return true; }
+    qint64 bytesAvailable() const override { return Unread() + QIODevice::bytesAvailable(); }
+
+protected:
+    qint64 readData(char *data, qint64 maxSize) override
+    {
+        const qint64 count = qMin(maxSize, Unread());
+        std::copy_n(m_answers.constData() + m_readAt, count, data);
+        m_readAt += count;
+        return count;
+    }
+    qint64 writeData(const char *data, qint64 size) override
+    {
+        m_written.append(data, size);
+        return size;
+    }
+
+private:
+    QByteArray m_answers;
+    qint64 m_readAt = 0;
+    QByteArray m_written;
+};

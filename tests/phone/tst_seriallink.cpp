@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "fakephone.h"
+#include "phone/seriallink.h"
+#include "scripteddevice.h"
+
+#include <QElapsedTimer>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QByteArray Hex(const char *spaced)
+{
+    return QByteArray::fromHex(QByteArray(spaced).replace(' ', ""));
+}
+
+} // namespace
+
+class tst_SerialLink : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void sendAtCommand_data()
+    {
+        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<QString>("echo");
+        QTest::addColumn<QString>("info");
+        QTest::addColumn<bool>("success");
+        QTest::addColumn<QString>("raw");
+        QTest::addColumn<QByteArray>("left"); // what the phone sent after the answer
+
+        QTest::newRow("CR before the echo's LF does not end the read")
+            << QByteArray("AT*EOBEX\r\r\nCONNECT\r\n") << u"AT*EOBEX\r"_s << QString() << true
+            << u"AT*EOBEX\r\r\nCONNECT\r\n"_s << QByteArray();
+        QTest::newRow("packet right behind CONNECT is kept")
+            << QByteArray("AT*EOBEX\r\r\nCONNECT\r\n") + Hex("A0 00 03") << u"AT*EOBEX\r"_s << QString() << true
+            << u"AT*EOBEX\r\r\nCONNECT\r\n"_s << Hex("A0 00 03");
+        QTest::newRow("error without echo") << QByteArray("\r\nERROR\r\n") << QString() << QString() << false
+                                            << u"\r\nERROR\r\n"_s << QByteArray();
+        QTest::newRow("CME error ends the read, fails, is information")
+            << QByteArray("\r\n+CME ERROR: 4\r\nOK\r\n") << QString() << u"+CME ERROR: 4"_s << false
+            << u"\r\n+CME ERROR: 4\r\n"_s << QByteArray("OK\r\n");
+        QTest::newRow("text prompt ends the read with a doubled blank")
+            << QByteArray("\r\n> rest") << QString() << QString() << true << u"\r\n>  "_s << QByteArray("rest");
+        QTest::newRow("RING counts as success") << QByteArray("\r\nRING\r\n") << QString() << QString() << true
+                                                << u"\r\nRING\r\n"_s << QByteArray();
+        QTest::newRow("result codes ignore case and blanks")
+            << QByteArray("at\r\r\n  ok \r\n") << u"at\r"_s << QString() << true << u"at\r\r\n  ok \r\n"_s
+            << QByteArray();
+        QTest::newRow("information lines kept untouched")
+            << QByteArray("AT+CGMM\r\r\n K750 \r\n\r\nline2\r\nOK\r\n") << u"AT+CGMM\r"_s << u" K750 \r\nline2"_s
+            << true << u"AT+CGMM\r\r\n K750 \r\n\r\nline2\r\nOK\r\n"_s << QByteArray();
+        QTest::newRow("no final code is a failure after the time-out")
+            << QByteArray("echo\r\nsomething") << u"echo"_s << u"something"_s << false << u"echo\r\nsomething"_s
+            << QByteArray();
+        QTest::newRow("silence") << QByteArray() << QString() << QString() << false << QString() << QByteArray();
+        QTest::newRow("blanks only count as silence")
+            << QByteArray("   ") << QString() << QString() << false << QString() << QByteArray();
+    }
+    void sendAtCommand()
+    {
+        QFETCH(QByteArray, script);
+        ScriptedDevice phone(script);
+        SerialLink link(&phone);
+        const AtResponse answer = link.SendAtCommand(u"AT*EOBEX"_s);
+        QCOMPARE(phone.Written(), QByteArray("AT*EOBEX\r"));
+        QTEST(answer.Echo, "echo");
+        QTEST(answer.Info, "info");
+        QTEST(answer.Success, "success");
+        QTEST(answer.Raw, "raw");
+        QFETCH(QByteArray, left);
+        QByteArray after;
+        for (QByteArray piece; !(piece = link.ReadObexPacket()).isEmpty();)
+            after += piece;
+        QCOMPARE(after.toHex(' '), left.toHex(' '));
+    }
+
+    void commandTerminator_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QByteArray>("sent");
+        QTest::newRow("command gets CR") << u"AT*EOBEX"_s << QByteArray("AT*EOBEX\r");
+        QTest::newRow("lower-case command gets CR") << u"at+cprot=0"_s << QByteArray("at+cprot=0\r");
+        QTest::newRow("message body gets Ctrl-Z") << u"hello"_s << QByteArray("hello\x1A");
+    }
+    void commandTerminator()
+    {
+        QFETCH(QString, text);
+        ScriptedDevice phone;
+        SerialLink link(&phone);
+        (void)link.SendAtCommand(text);
+        QTEST(phone.Written(), "sent");
+    }
+
+    void endlessLineIsCutWithoutLosingBytes()
+    {
+        ScriptedDevice phone(QByteArray(3 * MaxAtResponseBytes, 'x'));
+        SerialLink link(&phone);
+        QCOMPARE(link.ReadAtResponse().size(), MaxAtResponseBytes);
+        QCOMPARE(link.ReadAtResponse().size(), MaxAtResponseBytes);
+        QCOMPARE(link.ReadAtResponse().size(), MaxAtResponseBytes);
+        QCOMPARE(link.ReadAtResponse(), QString());
+    }
+
+    void readObexPacket_data()
+    {
+        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<QByteArray>("first");
+        QTest::addColumn<QByteArray>("second");
+        const QByteArray big = Hex("90 04 00") + QByteArray(1021, 'b');
+
+        QTest::newRow("answers back to back") << Hex("A0 00 03 90 00 03") << Hex("A0 00 03") << Hex("90 00 03");
+        QTest::newRow("long packet then a short one") << big + Hex("A0 00 03") << big << Hex("A0 00 03");
+        QTest::newRow("length 0 reads until the time-out") << Hex("A0 00 00 11 22") << Hex("A0 00 00 11 22")
+                                                           << QByteArray();
+        QTest::newRow("length below 3 reads until the time-out") << Hex("A0 00 02 11") << Hex("A0 00 02 11")
+                                                                 << QByteArray();
+        QTest::newRow("short packet is returned as it is") << Hex("A0 00 09 CB") << Hex("A0 00 09 CB") << QByteArray();
+        QTest::newRow("endless stream is cut at the largest packet")
+            << QByteArray(MaxObexPacketBytes + 100, '\0') << QByteArray(MaxObexPacketBytes, '\0')
+            << QByteArray(100, '\0');
+    }
+    void readObexPacket()
+    {
+        QFETCH(QByteArray, script);
+        ScriptedDevice phone(script);
+        SerialLink link(&phone);
+        QTEST(link.ReadObexPacket(), "first");
+        QTEST(link.ReadObexPacket(), "second");
+    }
+
+    void notOpenDoesNothing()
+    {
+        SerialLink link;
+        QVERIFY(!link.WritePort("x"));
+        QCOMPARE(link.ReadAtResponse(), QString());
+        QCOMPARE(link.ReadObexPacket(), QByteArray());
+        QCOMPARE(link.SendAtCommand(u"AT"_s), AtResponse());
+        QVERIFY(link.ClosePort());
+    }
+
+    void missingPortIsNotFound()
+    {
+        SerialLink link;
+        QVERIFY(!link.OpenPort(u"/dev/padmapper-no-such-port"_s, 115200));
+        QCOMPARE(link.LastOpenError(), PortOpenError::NotFound);
+    }
+
+    void pseudoTerminalOpensAndTalks()
+    {
+        FakePhone phone;
+        QVERIFY(phone.Start());
+        SerialLink link;
+        QVERIFY(link.OpenPort(phone.PortName(), 115200)); // no modem lines: not an error
+        QCOMPARE(link.ReadTimeout(), DefaultReadTimeoutMs);
+        SerialLink second;
+        QVERIFY(!second.OpenPort(phone.PortName(), 115200));
+        QCOMPARE(second.LastOpenError(), PortOpenError::InUse);
+        const AtResponse answer = link.SendAtCommand(u"AT*EOBEX"_s);
+        QVERIFY(answer.Success);
+        QCOMPARE(answer.Raw, u"AT*EOBEX\r\r\nCONNECT\r\n"_s);
+        QVERIFY(link.ClosePort());
+        QVERIFY(!link.IsOpen());
+    }
+
+    // The one test that waits out the real read time-out.
+    void silentPhoneCostsTheDefaultTimeout()
+    {
+        FakePhone::Options options;
+        options.Eobex = FakePhone::Answer::Silent;
+        FakePhone phone(options);
+        QVERIFY(phone.Start());
+        SerialLink link;
+        QVERIFY(link.OpenPort(phone.PortName(), 115200));
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(link.SendAtCommand(u"AT*EOBEX"_s).Raw, QString());
+        QVERIFY2(timer.elapsed() >= DefaultReadTimeoutMs - 50, qPrintable(QString::number(timer.elapsed())));
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_SerialLink)
+#include "tst_seriallink.moc"
