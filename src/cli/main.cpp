@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "clioutput.h"
 #include "keymap/keytable.h"
+#include "portscommand.h"
 #include "profile/tempfiles.h"
 #include "profilecommands.h"
 #include "settings/languagetext.h"
 #include "showcommand.h"
+#include "uploadcommand.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -29,6 +31,13 @@ Commands:
   pack PICTURE KEYMAP.kcf OUT
                  Write a profile of a picture and a keymap as the editor saves
                  it (".hid" is appended to OUT when it has another extension).
+  upload PROFILE --port PORT [--speed BPS] [--name NAME]
+                 Send a profile to the phone through a serial port (a device
+                 such as /dev/rfcomm0; COM3 or 3 on Windows) at BPS bit/s
+                 (default 115200), under NAME on the phone (default: the
+                 profile's name with ".hid"). Status lines go to standard
+                 output, the error message to standard error; Ctrl-C aborts.
+  ports          List the serial ports the settings offer, one per line.
 
 Options:
   --language FILE.lng  Take the texts from this language file (default: English).
@@ -81,6 +90,12 @@ int main(int argc, char *argv[])
             positional += args.mid(i + 1);
             break;
         }
+        if (IsUploadOption(arg)) {
+            positional << arg;
+            if (!arg.contains(u'=') && i + 1 < args.size())
+                positional << args[++i];
+            continue;
+        }
         if (arg.startsWith(u'-') && arg.size() > 1)
             return UsageError(u"unknown option %1"_s.arg(arg));
         positional << arg;
@@ -107,6 +122,12 @@ int main(int argc, char *argv[])
         if (positional.size() != 3)
             return UsageError(u"extract takes an archive, an entry number and a destination"_s);
         status = RunExtract(positional[0], positional[1], positional[2]);
+    } else if (command == "upload"_L1) {
+        status = RunUpload(positional);
+    } else if (command == "ports"_L1) {
+        if (!positional.isEmpty())
+            return UsageError(u"ports takes no arguments"_s);
+        status = RunPorts();
     } else if (command == "pack"_L1) {
         if (positional.size() != 3)
             return UsageError(u"pack takes a picture, a keymap and the profile to write"_s);

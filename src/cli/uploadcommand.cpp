@@ -1,0 +1,201 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "uploadcommand.h"
+
+#include "clioutput.h"
+#include "phone/profileupload.h"
+#include "profile/tempfiles.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+
+#include <atomic>
+#include <csignal>
+#include <cstdio>
+
+#ifdef Q_OS_WIN
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qint32 DefaultSpeed = 115200;
+constexpr int ProgressBarWidth = 30;
+const QStringList ValueOptions = {u"--port"_s, u"--speed"_s, u"--name"_s};
+
+std::atomic<ProfileUpload *> g_upload{nullptr};
+std::atomic<int> g_interrupts{0};
+static_assert(std::atomic<ProfileUpload *>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
+
+// The first Ctrl-C aborts like the Abort button; a second one ends the program
+// at once, without leaving the profile copy behind.
+extern "C" void InterruptUpload(int signalNumber)
+{
+    if (g_interrupts.fetch_add(1) == 0) {
+        if (ProfileUpload *upload = g_upload.load())
+            upload->Abort();
+        return;
+    }
+    DeleteTempFilesFromSignalHandler();
+    std::signal(signalNumber, SIG_DFL);
+    std::raise(signalNumber);
+}
+
+bool StdoutIsTerminal()
+{
+#ifdef Q_OS_WIN
+    return _isatty(_fileno(stdout));
+#else
+    return isatty(STDOUT_FILENO);
+#endif
+}
+
+QByteArray ConsoleLine(QString text)
+{
+#ifndef Q_OS_WIN
+    text.replace("\r\n"_L1, "\n"_L1);
+#endif
+    return text.toLocal8Bit();
+}
+
+int UsageError(const QString &message)
+{
+    Complain(message);
+    WriteStderr(u"Try 'padmapper-cli --help'."_s);
+    return ExitStatus::Usage;
+}
+
+PortSettings PortFromArgument(const QString &port, qint32 speed)
+{
+    PortSettings settings;
+    settings.Speed = speed;
+    settings.PortName = port;
+#ifdef Q_OS_WIN
+    static const QRegularExpression comPort(u"^(?:COM)?([0-9]+)$"_s, QRegularExpression::CaseInsensitiveOption);
+    if (const QRegularExpressionMatch match = comPort.match(port); match.hasMatch())
+        settings.ComPort = match.captured(1).toInt();
+#endif
+    return settings;
+}
+
+QString CopyToTempFile(const QString &profile)
+{
+    const QString path = NewTempFile(u"PMX"_s);
+    if (path.isEmpty())
+        return QString();
+    QFile source(profile);
+    QFile copy(path);
+    if (!source.open(QIODevice::ReadOnly) || !copy.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return QString();
+    const QByteArray bytes = source.readAll();
+    return copy.write(bytes) == bytes.size() && copy.flush() ? path : QString();
+}
+
+// Draws "[#####.....]  42%  126.0 of 292.9 KB, 11 KB/s" over the current
+// terminal line.
+QByteArray ProgressBar(qint64 bytesSent, qint64 total, qint32 rate)
+{
+    const int percent = ProfileUpload::Percent(bytesSent, total);
+    const int filled = percent * ProgressBarWidth / 100;
+    return "\r[" + QByteArray(filled, '#') + QByteArray(ProgressBarWidth - filled, '.') + "] "
+           + QByteArray::number(percent).rightJustified(3) + "%  " + QByteArray::number(double(bytesSent) / 1024, 'f', 1)
+           + " of " + QByteArray::number(double(total) / 1024, 'f', 1) + " KB, "
+           + QByteArray::number(qRound(rate / 1024.0)) + " KB/s\x1b[K";
+}
+
+} // namespace
+
+bool IsUploadOption(const QString &argument)
+{
+    return ValueOptions.contains(argument.section(u'=', 0, 0));
+}
+
+int RunUpload(const QStringList &arguments)
+{
+    QString profile;
+    QString port;
+    QString name;
+    qint32 speed = DefaultSpeed;
+    for (qsizetype i = 0; i < arguments.size(); ++i) {
+        const QString &argument = arguments[i];
+        if (!IsUploadOption(argument)) {
+            if (!profile.isEmpty())
+                return UsageError(u"upload takes one profile"_s);
+            profile = argument;
+            continue;
+        }
+        QString value;
+        if (argument.contains(u'='))
+            value = argument.section(u'=', 1);
+        else if (i + 1 < arguments.size())
+            value = arguments[++i];
+        else
+            return UsageError(u"%1 needs a value"_s.arg(argument));
+        const QString option = argument.section(u'=', 0, 0);
+        if (option == "--port"_L1) {
+            port = value;
+        } else if (option == "--name"_L1) {
+            name = value;
+        } else {
+            bool ok = false;
+            speed = value.toInt(&ok);
+            if (!ok || speed <= 0)
+                return UsageError(u"--speed needs a positive number of bit/s"_s);
+        }
+    }
+    if (profile.isEmpty())
+        return UsageError(u"upload needs a profile"_s);
+    if (port.isEmpty())
+        return UsageError(u"upload needs --port"_s);
+    if (!QFileInfo(profile).isFile()) {
+        Complain(u"no profile %1"_s.arg(profile));
+        return ExitStatus::Failure;
+    }
+
+    UploadRequest request;
+    request.Port = PortFromArgument(port, speed);
+    request.RemoteName = name.isEmpty() ? RemoteProfileName(profile) : name;
+    request.WriteProfileCopy = [profile] { return CopyToTempFile(profile); };
+
+    ProfileUpload upload(request);
+    const bool terminal = StdoutIsTerminal();
+    bool barShown = false;
+    QObject::connect(&upload, &ProfileUpload::StatusChanged, [&](const QString &text) {
+        WriteStdout((barShown ? "\n" : "") + ConsoleLine(text) + '\n');
+        barShown = false;
+    });
+    // The status line of each piece only repeats the sending line: a terminal
+    // gets a bar with the figures instead.
+    QObject::connect(&upload, &ProfileUpload::ProgressChanged,
+                     [&](qint64 bytesSent, qint64 total, qint32 rate, const QString &) {
+                         if (!terminal)
+                             return;
+                         WriteStdout(ProgressBar(bytesSent, total, rate));
+                         barShown = true;
+                     });
+
+    g_interrupts.store(0);
+    g_upload.store(&upload);
+    const auto previousHandler = std::signal(SIGINT, InterruptUpload);
+    const UploadResult result = upload.Run();
+    std::signal(SIGINT, previousHandler == SIG_ERR ? SIG_DFL : previousHandler);
+    g_upload.store(nullptr);
+    if (barShown)
+        WriteStdout("\n");
+
+    switch (result) {
+    case UploadResult::Succeeded:
+        return ExitStatus::Success;
+    case UploadResult::Aborted:
+        Complain(u"upload aborted"_s);
+        return ExitStatus::Failure;
+    case UploadResult::Failed:
+        break;
+    }
+    Complain(upload.ErrorText());
+    return ExitStatus::Failure;
+}

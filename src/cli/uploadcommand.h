@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+// True for the options of the upload command that take a value (--port,
+// --speed, --name, also written --port=PORT).
+bool IsUploadOption(const QString &argument);
+
+// upload PROFILE --port PORT [--speed BPS] [--name NAME]: sends the profile
+// file to the phone. Status lines go to stdout (with a progress bar on a
+// terminal), the error message to stderr; Ctrl-C aborts. Returns the exit
+// status.
+int RunUpload(const QStringList &arguments);
