@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "editor/phoneart.h"
+#include "keymap/keymap.h"
+
+#include <QAbstractButton>
+#include <QImage>
+#include <QPixmap>
+#include <QWidget>
+
+#include <array>
+
+// One key of the phone picture: a real button (focusable, Space presses it) that
+// paints itself as a key cap. The keypad gives it its outline.
+class PhoneKeyButton : public QAbstractButton {
+    Q_OBJECT
+
+public:
+    PhoneKeyButton(int index, KeyCapStyle style, QWidget *parent = nullptr);
+
+    int Index() const { return m_index; }
+    KeyCapStyle Style() const { return m_style; }
+    // The selected key stays drawn pressed while the focus is elsewhere.
+    void SetActive(bool active);
+    bool IsActive() const { return m_active; }
+    // Drawn pressed: held down right now, or the selected key.
+    bool IsDrawnDown() const { return isDown() || m_active; }
+    // The outline in the button's own coordinates, the part of it that holds the
+    // caption or symbol, and the length of a design unit in pixels.
+    void SetFace(const QPainterPath &face, const QRectF &content, qreal unit);
+    QPainterPath Face() const { return m_face; }
+
+signals:
+    void Focused(int index);
+    void Released(int index);
+    void FocusLost(int index);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    bool hitButton(const QPoint &pos) const override;
+    void focusInEvent(QFocusEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+
+private:
+    void PaintCaption(QPainter &painter, const KeyCapState &state);
+    void PaintDigit(QPainter &painter, const KeyCapState &state);
+
+    int m_index;
+    KeyCapStyle m_style;
+    bool m_active = false;
+    QPainterPath m_face;
+    QRectF m_content;
+    qreal m_unit = 1;
+};
+
+// The display of the phone: shows the profile's picture shrunk to fit (never
+// enlarged) and centred; the dark glass around it belongs to the body.
+class PhoneScreen : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit PhoneScreen(QWidget *parent = nullptr);
+
+    void SetPicture(const QImage &picture);
+    QImage Picture() const { return m_picture; }
+    // Where the picture is shown, in the screen's coordinates; empty without one.
+    QRect PictureRect() const;
+    // The glass around the display in the screen's coordinates, for its reflection.
+    void SetGlass(const QRectF &glass);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    QImage m_picture;
+    QRectF m_glass;
+    QPixmap m_scaled; // the picture at the size shown, in device pixels
+};
+
+// The picture of the phone with its 22 key buttons, indexed by PhoneKey.
+class PhoneKeypad : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit PhoneKeypad(QWidget *parent = nullptr);
+    ~PhoneKeypad() override;
+
+    QAbstractButton *CMD(int index) const;
+    // That button drawn pressed (it stays so while the focus is elsewhere), the others
+    // not; -1 for none.
+    void SetActiveButton(int index);
+    int ActiveButton() const { return m_activeButton; }
+    // All 22 at once, e.g. while the keyboard capture counts down.
+    void SetKeyButtonsEnabled(bool enabled);
+    // Shown on the screen, shrunk to fit and centred; a null image clears it.
+    void SetPicture(const QImage &picture);
+    QWidget *ScreenArea() const;
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+signals:
+    // A key button got the keyboard focus.
+    void KeyButtonFocused(int index);
+    // The mouse was released on a key button.
+    void KeyButtonReleased(int index);
+    // A key button lost the focus to another widget of the window (not to another
+    // window or a menu).
+    void KeyButtonFocusLost(int index);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    void LayOut();
+
+    std::array<PhoneKeyButton *, PhoneKeys::Count> m_buttons {};
+    PhoneScreen *m_screen = nullptr;
+    PhoneBodyArt m_art;
+    int m_activeButton = -1;
+};
