@@ -1,0 +1,249 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "actioneditor.h"
+
+#include "keymap/keymap.h"
+#include "keymap/keytable.h"
+#include "phoneart.h"
+#include "settings/languagetext.h"
+
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QEvent>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QStackedWidget>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString MainWindowText(const QString &key, const QString &english)
+{
+    return LanguageText(u"MainWindow"_s, key, english);
+}
+
+// Where each movement sits in the 3 x 3 compass (row, column).
+struct CompassCell
+{
+    int MouseAction;
+    int Row;
+    int Column;
+};
+constexpr std::array<CompassCell, 8> Compass = {{
+    {MouseActions::MoveUpLeft, 0, 0},
+    {MouseActions::MoveUp, 0, 1},
+    {MouseActions::MoveUpRight, 0, 2},
+    {MouseActions::MoveLeft, 1, 0},
+    {MouseActions::MoveRight, 1, 2},
+    {MouseActions::MoveDownLeft, 2, 0},
+    {MouseActions::MoveDown, 2, 1},
+    {MouseActions::MoveDownRight, 2, 2},
+}};
+
+constexpr int ArrowButtonExtent = 34;
+constexpr int MovementPictureExtent = 40;
+
+} // namespace
+
+ActionEditor::ActionEditor(QWidget *parent) : QGroupBox(parent)
+{
+    m_deviceLabel = new QLabel(this);
+    m_device = new QComboBox(this);
+    m_device->addItems({QString(), QString()});
+    m_deviceLabel->setBuddy(m_device);
+    connect(m_device, &QComboBox::activated, this, &ActionEditor::DeviceChosen);
+
+    // Keyboard panel.
+    m_keyboardPanel = new QWidget(this);
+    auto *modifierGrid = new QGridLayout;
+    m_leftLabel = new QLabel(m_keyboardPanel);
+    m_rightLabel = new QLabel(m_keyboardPanel);
+    for (QLabel *label : {m_leftLabel, m_rightLabel})
+        label->setAlignment(Qt::AlignHCenter);
+    modifierGrid->addWidget(m_leftLabel, 0, 1);
+    modifierGrid->addWidget(m_rightLabel, 0, 2);
+    for (int row = 0; row < 4; ++row) {
+        m_rowLabels[static_cast<std::size_t>(row)] = new QLabel(m_keyboardPanel);
+        modifierGrid->addWidget(m_rowLabels[static_cast<std::size_t>(row)], row + 1, 0);
+        for (int side = 0; side < 2; ++side) {
+            auto *box = new QCheckBox(m_keyboardPanel);
+            m_modifiers[static_cast<std::size_t>(side * 4 + row)] = box;
+            modifierGrid->addWidget(box, row + 1, side + 1, Qt::AlignHCenter);
+            connect(box, &QCheckBox::clicked, this, &ActionEditor::ModifierBoxClicked);
+        }
+    }
+    modifierGrid->setColumnStretch(3, 1);
+
+    m_specialFrame = new QGroupBox(m_keyboardPanel);
+    m_specialKeys = new QComboBox(m_specialFrame);
+    m_specialKeys->setEditable(true);
+    m_specialKeys->setInsertPolicy(QComboBox::NoInsert);
+    m_specialKeys->setMinimumContentsLength(12);
+    auto *specialLayout = new QVBoxLayout(m_specialFrame);
+    specialLayout->addWidget(m_specialKeys);
+    connect(m_specialKeys, &QComboBox::currentTextChanged, this, [this](const QString &text) {
+        // Only what the user chose or typed: filling the list blocks signals.
+        emit SpecialKeyChanged(text);
+    });
+
+    m_snapshot = new QPushButton(m_keyboardPanel);
+    m_snapshot->setAutoDefault(false);
+
+    auto *keyboardLayout = new QVBoxLayout(m_keyboardPanel);
+    keyboardLayout->setContentsMargins(0, 0, 0, 0);
+    keyboardLayout->addLayout(modifierGrid);
+    keyboardLayout->addWidget(m_specialFrame);
+    keyboardLayout->addWidget(m_snapshot, 0, Qt::AlignLeft);
+    keyboardLayout->addStretch(1);
+
+    // Mouse panel.
+    m_mousePanel = new QWidget(this);
+    m_mouseOptions = new QButtonGroup(this);
+    m_mouseOptions->setExclusive(true);
+    auto *clickLeft = new QRadioButton(m_mousePanel);
+    auto *clickRight = new QRadioButton(m_mousePanel);
+    m_mouseOptions->addButton(clickLeft, MouseActions::ButtonLeft);
+    m_mouseOptions->addButton(clickRight, MouseActions::ButtonRight);
+    m_movementLabel = new QLabel(m_mousePanel);
+    auto *compass = new QGridLayout;
+    compass->setSpacing(2);
+    for (const CompassCell &cell : Compass) {
+        auto *arrow = new QToolButton(m_mousePanel);
+        arrow->setCheckable(true);
+        arrow->setAutoRaise(true);
+        arrow->setFixedSize(ArrowButtonExtent, ArrowButtonExtent);
+        arrow->setIconSize(QSize(ArrowButtonExtent - 10, ArrowButtonExtent - 10));
+        m_mouseOptions->addButton(arrow, cell.MouseAction);
+        compass->addWidget(arrow, cell.Row, cell.Column);
+    }
+    m_movementPicture = new QLabel(m_mousePanel);
+    m_movementPicture->setFixedSize(ArrowButtonExtent, ArrowButtonExtent);
+    m_movementPicture->setAlignment(Qt::AlignCenter);
+    compass->addWidget(m_movementPicture, 1, 1);
+    connect(m_mouseOptions, &QButtonGroup::idClicked, this, &ActionEditor::MouseOptionClicked);
+
+    auto *mouseLayout = new QVBoxLayout(m_mousePanel);
+    mouseLayout->setContentsMargins(0, 0, 0, 0);
+    mouseLayout->addWidget(clickLeft);
+    mouseLayout->addWidget(clickRight);
+    mouseLayout->addSpacing(6);
+    mouseLayout->addWidget(m_movementLabel);
+    auto *compassRow = new QHBoxLayout;
+    compassRow->addLayout(compass);
+    compassRow->addStretch(1);
+    mouseLayout->addLayout(compassRow);
+    mouseLayout->addStretch(1);
+
+    m_panels = new QStackedWidget(this);
+    m_panels->addWidget(m_keyboardPanel);
+    m_panels->addWidget(m_mousePanel);
+
+    m_commentLabel = new QLabel(this);
+    m_comment = new QLineEdit(this);
+    m_commentLabel->setBuddy(m_comment);
+    connect(m_comment, &QLineEdit::textEdited, this, &ActionEditor::CommentEdited);
+
+    m_message = new QLabel(this);
+    m_message->setWordWrap(true);
+    m_message->setMinimumHeight(m_message->fontMetrics().height() * 2);
+    m_message->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+
+    auto *deviceRow = new QHBoxLayout;
+    deviceRow->addWidget(m_deviceLabel);
+    deviceRow->addWidget(m_device, 1);
+    auto *layout = new QVBoxLayout(this);
+    layout->addLayout(deviceRow);
+    layout->addWidget(m_panels, 1);
+    layout->addWidget(m_commentLabel);
+    layout->addWidget(m_comment);
+    layout->addWidget(m_message);
+
+    ApplyLanguage();
+    UpdateArrowIcons();
+    ShowMovementPicture(-1);
+}
+
+QAbstractButton *ActionEditor::MouseOption(int index) const
+{
+    return m_mouseOptions->button(index);
+}
+
+void ActionEditor::ShowMousePanel(bool mouse)
+{
+    m_panels->setCurrentWidget(mouse ? m_mousePanel : m_keyboardPanel);
+}
+
+bool ActionEditor::IsMousePanelShown() const
+{
+    return m_panels->currentWidget() == m_mousePanel;
+}
+
+void ActionEditor::ShowMovementPicture(int mouseAction)
+{
+    const bool movement = mouseAction >= MouseActions::MoveLeft && mouseAction <= MouseActions::MoveDownLeft;
+    m_shownMovement = movement ? mouseAction : -1;
+    if (movement) {
+        m_movementPicture->setPixmap(MovementArrowIcon(mouseAction, palette())
+                                         .pixmap(QSize(MovementPictureExtent, MovementPictureExtent) * 2 / 3,
+                                                 devicePixelRatioF()));
+    } else {
+        m_movementPicture->clear();
+    }
+}
+
+void ActionEditor::ApplyLanguage()
+{
+    m_device->setItemText(0, MainWindowText(u"Combo_DeviceKeyboard"_s, u"Keyboard"_s));
+    m_device->setItemText(1, MainWindowText(u"Combo_DeviceMouse"_s, u"Mouse"_s));
+    m_deviceLabel->setText(MainWindowText(u"Label_Device"_s, u"Device:"_s));
+    m_commentLabel->setText(MainWindowText(u"Label_Comment"_s, u"Comment:"_s));
+    m_specialFrame->setTitle(MainWindowText(u"Frame_Specialkeys"_s, u"Specialkeys"_s));
+    m_snapshot->setText(MainWindowText(u"Button_SnapShot"_s, u"Snapshot"_s));
+    m_leftLabel->setText(MainWindowText(u"Label_Left"_s, u"L"_s));
+    m_rightLabel->setText(MainWindowText(u"Label_Right"_s, u"R"_s));
+    m_rowLabels[0]->setText(MainWindowText(u"Label_Shift"_s, u"Shift"_s));
+    m_rowLabels[1]->setText(MainWindowText(u"Label_Ctrl"_s, u"Ctrl"_s));
+    m_rowLabels[2]->setText(MainWindowText(u"Label_Alt"_s, u"Alt"_s));
+    m_rowLabels[3]->setText(MainWindowText(u"Label_Win"_s, u"Win"_s));
+    m_movementLabel->setText(MainWindowText(u"Label_Mousemovement"_s, u"Movement:"_s));
+    m_mouseOptions->button(MouseActions::ButtonLeft)->setText(MainWindowText(u"Option_MouseLeft"_s, u"Click left"_s));
+    m_mouseOptions->button(MouseActions::ButtonRight)
+        ->setText(MainWindowText(u"Option_MouseRight"_s, u"Click right"_s));
+
+    const QString current = m_specialKeys->currentText();
+    const QSignalBlocker blocker(m_specialKeys);
+    m_specialKeys->clear();
+    m_specialKeys->addItems(SpecialKeyNames());
+    m_specialKeys->setCurrentText(current);
+}
+
+void ActionEditor::SetMessage(const QString &text, bool isError)
+{
+    QPalette palette = m_message->palette();
+    palette.setColor(QPalette::WindowText,
+                     isError ? QColor(200, 30, 30) : this->palette().color(QPalette::WindowText));
+    m_message->setPalette(palette);
+    m_message->setText(text);
+}
+
+void ActionEditor::changeEvent(QEvent *event)
+{
+    QGroupBox::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::StyleChange) {
+        UpdateArrowIcons();
+        ShowMovementPicture(m_shownMovement);
+    }
+}
+
+void ActionEditor::UpdateArrowIcons()
+{
+    for (const CompassCell &cell : Compass)
+        m_mouseOptions->button(cell.MouseAction)->setIcon(MovementArrowIcon(cell.MouseAction, palette()));
+}

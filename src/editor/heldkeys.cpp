@@ -1,0 +1,220 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "heldkeys.h"
+
+#include <QGuiApplication>
+#include <QKeyEvent>
+
+#include <array>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+namespace Vk {
+constexpr int Back = 8, Tab = 9, Clear = 12, Return = 13, Pause = 19, Capital = 20, Escape = 27, Space = 32;
+constexpr int Prior = 33, Next = 34, End = 35, Home = 36, Left = 37, Up = 38, Right = 39, Down = 40;
+constexpr int Snapshot = 44, Insert = 45, Delete = 46, Digit0 = 48, LetterA = 65, Apps = 93;
+constexpr int Numpad0 = 96, Multiply = 106, Add = 107, Subtract = 109, Decimal = 110, Divide = 111;
+constexpr int F1 = 112, NumLock = 144, ScrollLock = 145;
+#ifdef Q_OS_WIN
+constexpr int Shift = 16, Control = 17, Menu = 18;
+#endif
+} // namespace Vk
+
+// X11 key symbols of the sided modifiers (nativeVirtualKey on X11 and Wayland).
+constexpr std::array<std::pair<quint32, int>, 10> ModifierKeysyms = {{
+    {0xffe1, ModifierKeys::LeftShift},
+    {0xffe2, ModifierKeys::RightShift},
+    {0xffe3, ModifierKeys::LeftCtrl},
+    {0xffe4, ModifierKeys::RightCtrl},
+    {0xffe9, ModifierKeys::LeftAlt},
+    {0xffea, ModifierKeys::RightAlt},
+    {0xfe03, ModifierKeys::RightAlt}, // AltGr
+    {0xffeb, ModifierKeys::LeftWin},
+    {0xffec, ModifierKeys::RightWin},
+    {0xffe7, ModifierKeys::LeftWin}, // Meta_L
+}};
+
+// X key codes (evdev codes + 8) of the digit row and the punctuation keys, and
+// the virtual keys a German keyboard gives them, whatever Shift makes of them.
+constexpr std::array<std::pair<quint32, int>, 22> PositionKeys = {{
+    {10, 49}, {11, 50}, {12, 51}, {13, 52}, {14, 53}, {15, 54}, {16, 55}, {17, 56}, {18, 57}, {19, 48},
+    {20, 219}, // ß
+    {21, 221}, // ´
+    {34, 186}, // Ü
+    {35, 187}, // +
+    {47, 192}, // Ö
+    {48, 222}, // Ä
+    {49, 220}, // ^
+    {51, 191}, // #
+    {59, 188}, // ,
+    {60, 190}, // .
+    {61, 189}, // -
+    {94, 226}, // <
+}};
+
+bool UsesXKeyCodes()
+{
+    const QString platform = QGuiApplication::platformName();
+    return platform == "xcb"_L1 || platform.startsWith("wayland"_L1);
+}
+
+int ByQtKey(int key, bool keypad)
+{
+    if (keypad) {
+        if (key >= Qt::Key_0 && key <= Qt::Key_9)
+            return Vk::Numpad0 + (key - Qt::Key_0);
+        switch (key) {
+        case Qt::Key_Asterisk: return Vk::Multiply;
+        case Qt::Key_Plus: return Vk::Add;
+        case Qt::Key_Minus: return Vk::Subtract;
+        case Qt::Key_Period:
+        case Qt::Key_Comma: return Vk::Decimal;
+        case Qt::Key_Slash: return Vk::Divide;
+        case Qt::Key_Clear: return Vk::Clear;
+        default: break;
+        }
+    }
+    if (key >= Qt::Key_A && key <= Qt::Key_Z)
+        return Vk::LetterA + (key - Qt::Key_A);
+    if (key >= Qt::Key_0 && key <= Qt::Key_9)
+        return Vk::Digit0 + (key - Qt::Key_0);
+    if (key >= Qt::Key_F1 && key <= Qt::Key_F24)
+        return Vk::F1 + (key - Qt::Key_F1);
+    switch (key) {
+    case Qt::Key_Backspace: return Vk::Back;
+    case Qt::Key_Tab:
+    case Qt::Key_Backtab: return Vk::Tab;
+    case Qt::Key_Clear: return Vk::Clear;
+    case Qt::Key_Return:
+    case Qt::Key_Enter: return Vk::Return;
+    case Qt::Key_Pause: return Vk::Pause;
+    case Qt::Key_CapsLock: return Vk::Capital;
+    case Qt::Key_Escape: return Vk::Escape;
+    case Qt::Key_Space: return Vk::Space;
+    case Qt::Key_PageUp: return Vk::Prior;
+    case Qt::Key_PageDown: return Vk::Next;
+    case Qt::Key_End: return Vk::End;
+    case Qt::Key_Home: return Vk::Home;
+    case Qt::Key_Left: return Vk::Left;
+    case Qt::Key_Up: return Vk::Up;
+    case Qt::Key_Right: return Vk::Right;
+    case Qt::Key_Down: return Vk::Down;
+    case Qt::Key_Print: return Vk::Snapshot;
+    case Qt::Key_Insert: return Vk::Insert;
+    case Qt::Key_Delete: return Vk::Delete;
+    case Qt::Key_Menu: return Vk::Apps;
+    case Qt::Key_NumLock: return Vk::NumLock;
+    case Qt::Key_ScrollLock: return Vk::ScrollLock;
+    // Without a native code the side is unknown: take the left key.
+    case Qt::Key_Shift: return ModifierKeys::LeftShift;
+    case Qt::Key_Control: return ModifierKeys::LeftCtrl;
+    case Qt::Key_Alt: return ModifierKeys::LeftAlt;
+    case Qt::Key_AltGr: return ModifierKeys::RightAlt;
+    case Qt::Key_Meta:
+    case Qt::Key_Super_L: return ModifierKeys::LeftWin;
+    case Qt::Key_Super_R: return ModifierKeys::RightWin;
+    // The punctuation of a German keyboard.
+    case Qt::Key_Udiaeresis: return 186;
+    case Qt::Key_Plus: return 187;
+    case Qt::Key_Comma: return 188;
+    case Qt::Key_Minus: return 189;
+    case Qt::Key_Period: return 190;
+    case Qt::Key_NumberSign: return 191;
+    case Qt::Key_Odiaeresis: return 192;
+    case Qt::Key_ssharp: return 219;
+    case Qt::Key_AsciiCircum:
+    case Qt::Key_Dead_Circumflex: return 220;
+    case Qt::Key_acute:
+    case Qt::Key_Dead_Acute: return 221;
+    case Qt::Key_Adiaeresis: return 222;
+    case Qt::Key_Less:
+    case Qt::Key_Greater:
+    case Qt::Key_Bar: return 226;
+    default: return 0;
+    }
+}
+
+#ifdef Q_OS_WIN
+constexpr quint32 ExtendedKeyFlag = 0x100;
+constexpr quint32 RightShiftScanCode = 0x36;
+
+int WindowsVirtualKey(const QKeyEvent &event)
+{
+    const int vk = static_cast<int>(event.nativeVirtualKey());
+    const quint32 scan = event.nativeScanCode();
+    switch (vk) {
+    case Vk::Shift: return (scan & 0xFF) == RightShiftScanCode ? ModifierKeys::RightShift : ModifierKeys::LeftShift;
+    case Vk::Control: return (scan & ExtendedKeyFlag) ? ModifierKeys::RightCtrl : ModifierKeys::LeftCtrl;
+    case Vk::Menu: return (scan & ExtendedKeyFlag) ? ModifierKeys::RightAlt : ModifierKeys::LeftAlt;
+    default: return vk;
+    }
+}
+#endif
+
+} // namespace
+
+int VirtualKeyOf(const QKeyEvent &event)
+{
+#ifdef Q_OS_WIN
+    if (event.nativeVirtualKey() != 0)
+        return WindowsVirtualKey(event);
+#endif
+    const quint32 keysym = event.nativeVirtualKey();
+    for (const auto &[sym, vk] : ModifierKeysyms) {
+        if (keysym == sym)
+            return vk;
+    }
+    const bool keypad = event.modifiers().testFlag(Qt::KeypadModifier);
+    if (!keypad && event.nativeScanCode() != 0 && UsesXKeyCodes()) {
+        for (const auto &[code, vk] : PositionKeys) {
+            if (event.nativeScanCode() == code)
+                return vk;
+        }
+    }
+    return ByQtKey(event.key(), keypad);
+}
+
+HeldKeys::HeldKeys(QObject *parent) : QObject(parent)
+{
+}
+
+KeyboardState HeldKeys::Snapshot() const
+{
+    KeyboardState state{};
+    for (const int vk : m_held) {
+        if (vk > 0 && vk < int(state.size()))
+            state[static_cast<std::size_t>(vk)] = KeyDown;
+    }
+    return state;
+}
+
+bool HeldKeys::eventFilter(QObject *watched, QEvent *event)
+{
+    switch (event->type()) {
+    case QEvent::KeyPress:
+    case QEvent::KeyRelease: {
+        const auto *key = static_cast<QKeyEvent *>(event);
+        if (!key->isAutoRepeat()) {
+            const int vk = VirtualKeyOf(*key);
+            if (vk != 0) {
+                if (event->type() == QEvent::KeyPress)
+                    m_held.insert(vk);
+                else
+                    m_held.remove(vk);
+            }
+        }
+        if (m_swallow)
+            return true;
+        break;
+    }
+    case QEvent::ApplicationDeactivate:
+        // Keys released in another program never reach us.
+        m_held.clear();
+        break;
+    default:
+        break;
+    }
+    return QObject::eventFilter(watched, event);
+}

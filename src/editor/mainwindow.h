@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "keymap/keyactiontext.h"
+#include "settings/settingsstore.h"
+
+#include <QMainWindow>
+#include <QTimer>
+
+#include <memory>
+
+class ActionEditor;
+class Document;
+class KeymapView;
+class EditorDialogs;
+class HeldKeys;
+class PhoneKeypad;
+class QAction;
+class QMenu;
+class QPushButton;
+struct DocumentMessage;
+
+// The editor window: the phone with its 22 key buttons, the editor of the
+// selected key's action, the file commands. A thin view over the Document.
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    // The window uses the dialogs and the settings store given (tests pass
+    // their own); it owns neither.
+    MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *parent = nullptr);
+    ~MainWindow() override;
+
+    // Runs the start-up sequence: settings, language, position, showing the
+    // window, the port settings when no port is configured, then the file
+    // named in the arguments (a profile or a keymap) or the default profile as
+    // an unnamed template.
+    void Startup(const QStringList &arguments);
+
+    Document &Doc() const { return *m_document; }
+    PhoneKeypad *Keypad() const { return m_keypad; }
+    ActionEditor *Editor() const { return m_editor; }
+    QPushButton *SaveButton() const { return m_saveButton; }
+    QPushButton *SendButton() const { return m_sendButton; }
+    QPushButton *LoadPictureButton() const { return m_loadPictureButton; }
+    HeldKeys &Keys() const { return *m_heldKeys; }
+    const Settings &CurrentSettings() const { return m_settings; }
+    int ActiveButton() const { return m_activeButton; }
+
+    void ApplyMainWindowLanguage();
+    void UpdateCaption();
+    // Asks whether to save unsaved changes; false when the user cancelled.
+    bool CheckSaved();
+    // Selects a key (-1 keeps the selection) and fills the editor from it.
+    void RefreshKeyDisplay(int index);
+    // Rebuilds the tool tip of the selected key (scope 0) or of all (-1).
+    void UpdateToolTip(int scope);
+
+    // File commands.
+    void Open();
+    void OpenFile(const QString &path);
+    bool Save();
+    bool SaveAs();
+    void ImportPicture();
+    void ImportKeymap();
+    void ExportPicture();
+    void ExportKeymap();
+    void ViewKeymap();
+    KeymapView *KeymapWindow() const { return m_keymapView; }
+    void About();
+    void OpenReadme();
+    void OpenSettings();
+    // A dropped file, by its extension: profile, keymap or picture.
+    void DropFile(const QString &path);
+
+    // Keyboard capture: the countdown on the Snapshot button, then the chord.
+    void StartSnapshot();
+    bool IsCountingDown() const { return m_countdown.isActive(); }
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+    void changeEvent(QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    void BuildMenus();
+    void ShowMessage(const DocumentMessage &message);
+    void ShowWriteFailed();
+    void OpenDefaultProfile();
+    void CountdownTick();
+    void CaptureKeyboard(int index);
+    QString KeyDisplayText(int index) const;
+    void CheckSupportedKey();
+    void SetKeyButtonsEnabled(bool enabled);
+    void WriteBackSettings();
+
+    // Edits from the action editor.
+    void ModifierBoxClicked();
+    void DeviceChosen(int index);
+    void SpecialKeyChanged(const QString &text);
+    void MouseOptionClicked(int index);
+    void CommentEdited(const QString &text);
+
+    EditorDialogs &m_dialogs;
+    SettingsStore &m_store;
+    Settings m_settings;
+    Document *m_document = nullptr;
+    PhoneKeypad *m_keypad = nullptr;
+    ActionEditor *m_editor = nullptr;
+    HeldKeys *m_heldKeys = nullptr;
+    QPushButton *m_saveButton = nullptr;
+    QPushButton *m_sendButton = nullptr;
+    QPushButton *m_loadPictureButton = nullptr;
+    QMenu *m_fileMenu = nullptr;
+    QMenu *m_helpMenu = nullptr;
+    QAction *m_openAction = nullptr;
+    QAction *m_saveAction = nullptr;
+    QAction *m_saveAsAction = nullptr;
+    QMenu *m_importMenu = nullptr;
+    QAction *m_importPictureAction = nullptr;
+    QAction *m_importKeymapAction = nullptr;
+    QMenu *m_exportMenu = nullptr;
+    QAction *m_exportPictureAction = nullptr;
+    QAction *m_exportKeymapAction = nullptr;
+    QAction *m_uploadAction = nullptr;
+    QAction *m_viewKeymapAction = nullptr;
+    QAction *m_settingsAction = nullptr;
+    QAction *m_exitAction = nullptr;
+    QAction *m_readmeAction = nullptr;
+    QAction *m_aboutAction = nullptr;
+    QMenu *m_pictureMenu = nullptr;
+    QAction *m_popUpLoadAction = nullptr;
+    QAction *m_popUpSaveAction = nullptr;
+    KeymapView *m_keymapView = nullptr;
+    KeyActionTexts m_texts;
+    int m_activeButton = 0;
+    bool m_filling = false;
+    QTimer m_countdown;
+    int m_ticks = 0;
+    bool m_closing = false;
+};

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "editor/editordialogs.h"
+#include "profile/document.h"
+
+#include <QList>
+#include <QString>
+
+#include <functional>
+
+// Answers every question the way a test says, without a dialog.
+class ScriptedDialogs : public EditorDialogs
+{
+public:
+    QList<QString> Shown;
+    int Questions = 0;
+    Answer NextAnswer = Answer::No;
+    QString NextOpen;
+    QString NextSave;
+    QString LastOpenFolder;
+    QString LastSaveProposal;
+    int PortDialogs = 0;
+    std::function<void()> OnConfigurePort;
+
+    void ShowMessage(QWidget *, const DocumentMessage &message) override { Shown << message.Text; }
+    Answer AskYesNoCancel(QWidget *, const QString &text, const QString &) override
+    {
+        ++Questions;
+        Shown << text;
+        return NextAnswer;
+    }
+    QString OpenFileName(QWidget *, const QString &, const QString &folder, const QString &) override
+    {
+        LastOpenFolder = folder;
+        return NextOpen;
+    }
+    ChosenFile SaveFileName(QWidget *, const QString &, const QString &proposed, const QString &) override
+    {
+        LastSaveProposal = proposed;
+        return ChosenFile{NextSave, 0};
+    }
+    bool ConfigurePort(QWidget *) override
+    {
+        ++PortDialogs;
+        if (OnConfigurePort)
+            OnConfigurePort();
+        return true;
+    }
+};

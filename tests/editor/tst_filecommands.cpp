@@ -1,0 +1,311 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "editor/aboutdialog.h"
+#include "editor/keymapview.h"
+#include "editor/mainwindow.h"
+#include "editor/phonekeypad.h"
+#include "keymap/keymapwriter.h"
+#include "profile/document.h"
+#include "profile/tar.h"
+#include "profile/tempfiles.h"
+#include "scripteddialogs.h"
+#include "settings/readme.h"
+
+#include <QFile>
+#include <QImage>
+#include <QLabel>
+#include <QMimeData>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QUrl>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QByteArray ReadAll(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+Keymap SampleKeymap()
+{
+    Keymap keymap;
+    keymap.ResetToPhoneDefaults();
+    keymap[PhoneKeys::Digit(3)] = KeyAction{false, 0, 4, 9, u"Alt+Tab"_s};
+    return keymap;
+}
+
+} // namespace
+
+class tst_FileCommands : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+    std::unique_ptr<ScriptedDialogs> m_dialogs;
+    std::unique_ptr<SettingsStore> m_store;
+    std::unique_ptr<MainWindow> m_window;
+
+    QString Path(const QString &name) const { return m_dir.filePath(name); }
+    QString Folder(const QString &name) const
+    {
+        QDir().mkpath(Path(name));
+        return Path(name);
+    }
+
+    MainWindow &Start()
+    {
+        m_dialogs = std::make_unique<ScriptedDialogs>();
+        m_store = std::make_unique<SettingsStore>(Path(u"settings.ini"_s));
+        m_store->WritePort(0, u"/dev/rfcomm0"_s, 115200);
+        (void)m_store->Sync();
+        m_window = std::make_unique<MainWindow>(*m_dialogs, *m_store);
+        m_window->Startup({});
+        return *m_window;
+    }
+
+    QString MakePicture(const QString &path, Qt::GlobalColor colour)
+    {
+        QImage image(24, 32, QImage::Format_RGB32);
+        image.fill(colour);
+        return image.save(path) ? path : QString();
+    }
+
+    QString MakeKeymap(const QString &path)
+    {
+        return WriteKeymapText(SampleKeymap(), path) ? path : QString();
+    }
+
+private slots:
+    void cleanup()
+    {
+        if (m_window)
+            m_window->Doc().SetSaved(true);
+        m_window.reset();
+        DeleteTempFiles();
+        QFile::remove(Path(u"settings.ini"_s));
+    }
+
+    void profileRoundTrip()
+    {
+        MainWindow &window = Start();
+        window.Doc().SetComment(PhoneKeys::Digit(8), u"Runter"_s);
+        m_dialogs->NextSave = Folder(u"profiles"_s) + u"/Games"_s;
+        QVERIFY(window.SaveAs());
+        QCOMPARE(window.Doc().CurrentFile(), Path(u"profiles/Games.hid"_s));
+        QVERIFY(window.Doc().IsSaved());
+        QCOMPARE(window.windowTitle(), u"Games - Padmapper"_s);
+        QCOMPARE(window.CurrentSettings().HidPath, Path(u"profiles"_s));
+
+        cTar tar;
+        QVERIFY(tar.GetContents(Path(u"profiles/Games.hid"_s)));
+        QCOMPARE(tar.Filename(1), u"Games.png"_s);
+        QCOMPARE(tar.Filename(2), u"Games.kcf"_s);
+
+        // Open it again in a fresh document.
+        window.Doc().SetComment(PhoneKeys::Digit(8), u"lost"_s);
+        m_dialogs->NextAnswer = EditorDialogs::Answer::No;
+        m_dialogs->NextOpen = Path(u"profiles/Games.hid"_s);
+        window.Open();
+        QCOMPARE(m_dialogs->Questions, 1);
+        QCOMPARE(window.Doc().Action(PhoneKeys::Digit(8)).Comment, u"Runter"_s);
+        QVERIFY(window.Doc().IsSaved());
+
+        // Save writes to the same file.
+        window.Doc().SetComment(PhoneKeys::Digit(8), u"Unten"_s);
+        QVERIFY(window.Save());
+        QVERIFY(window.Doc().IsSaved());
+        QVERIFY(tar.GetContents(Path(u"profiles/Games.hid"_s)));
+        QVERIFY(tar.FileToArray(2).contains("<!-- Unten  -->"));
+    }
+
+    void keymapDocumentRoundTrip()
+    {
+        MainWindow &window = Start();
+        const QString keymap = MakeKeymap(Folder(u"keymaps"_s) + u"/Work.kcf"_s);
+        m_dialogs->NextOpen = keymap;
+        window.Open();
+        // Opening a keymap moves the profile folder and leaves the saved flag.
+        QCOMPARE(window.CurrentSettings().HidPath, Path(u"keymaps"_s));
+        QVERIFY(window.CurrentSettings().KcfPath.isEmpty());
+        QCOMPARE(window.windowTitle(), u"Work - Padmapper"_s);
+        QCOMPARE(window.SaveButton()->text(), u"Save Keymap"_s);
+        QVERIFY(!window.SendButton()->isEnabled());
+        QCOMPARE(window.Doc().CurrentKeymap(), SampleKeymap());
+
+        window.Doc().SetComment(PhoneKeys::Digit(3), u"Fenster"_s);
+        QVERIFY(window.Save());
+        QVERIFY(window.Doc().IsSaved());
+        QVERIFY(ReadAll(keymap).contains("<!-- Fenster  -->\r\n"));
+        QVERIFY(ReadAll(keymap).endsWith("</SONY_ERICSSON_REMOTE_CONTROL_CONFIGURATION>\r\n"));
+
+        m_dialogs->NextSave = Folder(u"elsewhere"_s) + u"/Copy"_s;
+        QVERIFY(window.SaveAs());
+        QCOMPARE(window.Doc().CurrentFile(), Path(u"elsewhere/Copy.kcf"_s));
+        QCOMPARE(window.CurrentSettings().KcfPath, Path(u"elsewhere"_s));
+    }
+
+    void noThenOpenKeymapKeepsTheDocumentChanged()
+    {
+        MainWindow &window = Start();
+        window.Doc().SetComment(PhoneKeys::Digit(1), u"x"_s);
+        m_dialogs->NextAnswer = EditorDialogs::Answer::No;
+        m_dialogs->NextOpen = MakeKeymap(Path(u"k.kcf"_s));
+        window.Open();
+        QVERIFY(!window.Doc().IsSaved());
+        m_dialogs->NextAnswer = EditorDialogs::Answer::Cancel;
+        QVERIFY(!window.close());
+        QCOMPARE(m_dialogs->Questions, 2);
+        window.Doc().SetSaved(true);
+    }
+
+    void importsAndExportsMoveTheirFolders()
+    {
+        MainWindow &window = Start();
+        m_dialogs->NextOpen = MakePicture(Folder(u"pictures"_s) + u"/Photo.JPG"_s, Qt::green);
+        window.ImportPicture();
+        QCOMPARE(window.CurrentSettings().PicPath, Path(u"pictures"_s));
+        QVERIFY(!window.Doc().IsSaved());
+        QCOMPARE(window.Doc().Picture().PictureName, u"Photo.JPG"_s);
+
+        m_dialogs->NextSave = Folder(u"out"_s) + u"/pic"_s;
+        window.ExportPicture();
+        QCOMPARE(m_dialogs->LastSaveProposal, Path(u"pictures/Unnamed.jpg"_s));
+        QCOMPARE(ReadAll(Path(u"out/pic.jpg"_s)), ReadAll(Path(u"pictures/Photo.JPG"_s)));
+        QCOMPARE(window.CurrentSettings().PicPath, Path(u"out"_s));
+
+        window.Doc().SetSaved(true);
+        m_dialogs->NextOpen = MakeKeymap(Folder(u"kcf"_s) + u"/In.kcf"_s);
+        window.ImportKeymap();
+        QCOMPARE(window.CurrentSettings().KcfPath, Path(u"kcf"_s));
+        QVERIFY(!window.Doc().IsSaved());
+        QVERIFY(window.Doc().CurrentFile().isEmpty());
+
+        window.Doc().SetSaved(true);
+        m_dialogs->NextSave = Folder(u"kcf-out"_s) + u"/Out"_s;
+        window.ExportKeymap();
+        QCOMPARE(ReadAll(Path(u"kcf-out/Out.kcf"_s)), WriteKeymapText(SampleKeymap()).toLatin1() + "\r\n");
+        QCOMPARE(window.CurrentSettings().KcfPath, Path(u"kcf-out"_s));
+        QVERIFY(window.Doc().IsSaved()); // exporting changes nothing
+        QVERIFY(window.Doc().CurrentFile().isEmpty());
+    }
+
+    void cancelledDialogsChangeNothing()
+    {
+        MainWindow &window = Start();
+        const Keymap before = window.Doc().CurrentKeymap();
+        window.Open();
+        window.ImportPicture();
+        window.ImportKeymap();
+        window.ExportKeymap();
+        QVERIFY(!window.SaveAs());
+        QVERIFY(window.Doc().IsSaved());
+        QCOMPARE(window.Doc().CurrentKeymap(), before);
+        QVERIFY(window.CurrentSettings().HidPath.isEmpty());
+        QVERIFY(window.CurrentSettings().PicPath.isEmpty());
+    }
+
+    void droppedFiles_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<bool>("keymapDocumentFirst");
+        QTest::addColumn<QString>("caption");
+        QTest::addColumn<bool>("saved");
+        QTest::newRow("profile") << u"drop.hid"_s << false << u"drop - Padmapper"_s << true;
+        QTest::newRow("tar archive") << u"drop.tar"_s << false << u"drop - Padmapper"_s << true;
+        QTest::newRow("keymap") << u"drop.kcf"_s << false << u"Unnamed - Padmapper"_s << true;
+        QTest::newRow("picture on a profile") << u"drop.png"_s << false << u"Unnamed - Padmapper"_s << true;
+        QTest::newRow("picture on a keymap") << u"drop.bmp"_s << true << u"Unnamed - Padmapper"_s << true;
+        QTest::newRow("anything else") << u"drop.txt"_s << true << u"k - Padmapper"_s << true;
+    }
+    void droppedFiles()
+    {
+        QFETCH(QString, file);
+        QFETCH(bool, keymapDocumentFirst);
+        QFETCH(QString, caption);
+        QFETCH(bool, saved);
+        MainWindow &window = Start();
+        if (keymapDocumentFirst) {
+            m_dialogs->NextOpen = MakeKeymap(Path(u"k.kcf"_s));
+            window.Open();
+        }
+        const QString path = Path(file);
+        const QString extension = QFileInfo(path).suffix();
+        if (extension == "hid"_L1 || extension == "tar"_L1) {
+            window.Doc().SetComment(PhoneKeys::Digit(1), u"from the drop"_s);
+            QString target = path;
+            QVERIFY(window.Doc().SaveProfile(target, true));
+            window.Doc().SetComment(PhoneKeys::Digit(1), QString());
+            window.Doc().SetSaved(true);
+        } else if (extension == "kcf"_L1) {
+            QVERIFY(!MakeKeymap(path).isEmpty());
+        } else if (extension == "txt"_L1) {
+            QFile text(path);
+            QVERIFY(text.open(QIODevice::WriteOnly));
+        } else {
+            QVERIFY(!MakePicture(path, Qt::yellow).isEmpty());
+        }
+
+        // Through a real drop event, as the window receives it.
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(path), QUrl::fromLocalFile(Path(u"second.hid"_s))});
+        QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(&window, &enter);
+        QVERIFY(enter.isAccepted());
+        QDropEvent drop(QPointF(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(&window, &drop);
+        QVERIFY(drop.isAccepted());
+
+        QCOMPARE(window.windowTitle(), caption);
+        QCOMPARE(window.Doc().IsSaved(), saved);
+        if (extension == "hid"_L1 || extension == "tar"_L1)
+            QCOMPARE(window.Doc().Action(PhoneKeys::Digit(1)).Comment, u"from the drop"_s);
+        if (extension == "kcf"_L1)
+            QCOMPARE(window.Doc().CurrentKeymap(), SampleKeymap());
+        if (extension == "png"_L1 || extension == "bmp"_L1)
+            QCOMPARE(window.Doc().Picture().PictureName, file);
+    }
+
+    void keymapViewFollowsEdits()
+    {
+        MainWindow &window = Start();
+        window.ViewKeymap();
+        KeymapView *view = window.KeymapWindow();
+        QVERIFY(view && view->isVisible());
+        QVERIFY(view->Text().startsWith(u"<SONY_ERICSSON_REMOTE_CONTROL_CONFIGURATION"_s));
+        window.Doc().SetComment(PhoneKeys::Hash, u"Raute"_s);
+        QVERIFY(view->Text().contains(u"<!-- Raute  -->"_s));
+        QVERIFY(!window.Doc().IsSaved());
+    }
+
+    void aboutShowsTheVersion()
+    {
+        QCOMPARE(AboutDialog::VersionText(), u"Version:   "_s + QString::fromLatin1(PADMAPPER_VERSION));
+        AboutDialog about;
+        QVERIFY(about.LinkLabel()->openExternalLinks());
+        QVERIFY(about.LinkLabel()->text().contains(u"href="_s));
+    }
+
+    void readmeByLanguage_data()
+    {
+        QTest::addColumn<QString>("language");
+        QTest::addColumn<QString>("readme");
+        QTest::newRow("German") << u"/usr/share/padmapper/Deutsch.lng"_s << u"Readme.txt"_s;
+        QTest::newRow("Windows path") << u"C:\\Programme\\PMX\\Russian.lng"_s << u"Readme_ru.txt"_s;
+        QTest::newRow("Swedish") << u"swedish.lng"_s << u"Readme_sv.txt"_s;
+        QTest::newRow("unknown") << u"/x/Klingon.lng"_s << u"Readme_en.txt"_s;
+        QTest::newRow("none") << QString() << u"Readme_en.txt"_s;
+    }
+    void readmeByLanguage()
+    {
+        QFETCH(QString, language);
+        QFETCH(QString, readme);
+        QCOMPARE(ReadmeFileName(language), readme);
+    }
+};
+
+QTEST_MAIN(tst_FileCommands)
+#include "tst_filecommands.moc"

@@ -1,0 +1,325 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "editor/actioneditor.h"
+#include "scripteddialogs.h"
+#include "editor/heldkeys.h"
+#include "editor/mainwindow.h"
+#include "editor/phonekeypad.h"
+#include "keymap/keyboardcapture.h"
+#include "keymap/keymapwriter.h"
+#include "profile/document.h"
+#include "profile/tempfiles.h"
+#include "settings/languagetext.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFile>
+#include <QImage>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPainter>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+
+class tst_MainWindow : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+    std::unique_ptr<ScriptedDialogs> m_dialogs;
+    std::unique_ptr<SettingsStore> m_store;
+    std::unique_ptr<MainWindow> m_window;
+
+    QString Path(const QString &name) const { return m_dir.filePath(name); }
+
+    MainWindow &Start(const QStringList &arguments = {}, bool withPort = true)
+    {
+        m_dialogs = std::make_unique<ScriptedDialogs>();
+        m_store = std::make_unique<SettingsStore>(Path(u"settings.ini"_s));
+        if (withPort) {
+            m_store->WritePort(0, u"/dev/rfcomm0"_s, 115200);
+            (void)m_store->Sync();
+        }
+        m_window = std::make_unique<MainWindow>(*m_dialogs, *m_store);
+        m_window->Startup(arguments);
+        return *m_window;
+    }
+
+    QString ToolTip(int key) const { return m_window->Keypad()->CMD(key)->toolTip(); }
+
+private slots:
+    void init() { QFile::remove(Path(u"settings.ini"_s)); }
+    void cleanup()
+    {
+        if (m_window)
+            m_window->Doc().SetSaved(true);
+        m_window.reset();
+        DeleteTempFiles();
+        SetLanguage(QString());
+    }
+
+    void startsOnTheDefaultProfileAsTemplate()
+    {
+        MainWindow &window = Start();
+        QCOMPARE(window.windowTitle(), u"Unnamed - Padmapper"_s);
+        QVERIFY(window.Doc().IsSaved());
+        QVERIFY(window.Doc().CurrentFile().isEmpty());
+        QVERIFY(!window.Doc().Picture().Image.isNull());
+        QCOMPARE(window.SaveButton()->text(), u"Save Profile"_s);
+        QCOMPARE(window.Doc().Action(PhoneKeys::Digit(5)).KeyCode, std::int16_t(13));
+        QCOMPARE(m_dialogs->PortDialogs, 0);
+        QCOMPARE(window.ActiveButton(), int(PhoneKeys::Digit1));
+    }
+
+    void firstRunAsksForThePortBeforeLoading()
+    {
+        bool documentLoadedBefore = true;
+        m_dialogs.reset();
+        auto dialogs = std::make_unique<ScriptedDialogs>();
+        ScriptedDialogs *raw = dialogs.get();
+        m_store = std::make_unique<SettingsStore>(Path(u"settings.ini"_s));
+        m_window = std::make_unique<MainWindow>(*raw, *m_store);
+        raw->OnConfigurePort = [&] { documentLoadedBefore = !m_window->Doc().Picture().Image.isNull(); };
+        m_window->Startup({});
+        m_dialogs = std::move(dialogs);
+        QCOMPARE(m_dialogs->PortDialogs, 1);
+        QVERIFY(!documentLoadedBefore);
+        QCOMPARE(m_window->CurrentSettings().Speed, 115200);
+    }
+
+    void selectingEveryKeyLeavesTheDocumentSaved()
+    {
+        MainWindow &window = Start();
+        for (int key = 0; key < PhoneKeys::Count; ++key) {
+            QTest::mouseClick(window.Keypad()->CMD(key), Qt::LeftButton);
+            QCOMPARE(window.ActiveButton(), key);
+        }
+        QVERIFY(window.Doc().IsSaved());
+        QVERIFY(window.close());
+        QCOMPARE(m_dialogs->Questions, 0);
+    }
+
+    void frameCaptionNamesTheKey_data()
+    {
+        QTest::addColumn<int>("key");
+        QTest::addColumn<QString>("caption");
+        QTest::newRow("joystick up") << int(PhoneKeys::Up) << u"Function of Button: \"Joystick up\""_s;
+        QTest::newRow("camera") << int(PhoneKeys::Cam) << u"Function of Button: \"Camera\""_s;
+        QTest::newRow("left soft key") << int(PhoneKeys::Lsk) << u"Function of Button: \"Left\""_s;
+        QTest::newRow("digit") << int(PhoneKeys::Digit(7)) << u"Function of Button: \"7\""_s;
+    }
+    void frameCaptionNamesTheKey()
+    {
+        QFETCH(int, key);
+        QFETCH(QString, caption);
+        MainWindow &window = Start();
+        window.RefreshKeyDisplay(key);
+        QCOMPARE(window.Editor()->title(), caption);
+    }
+
+    void everyEditMarksTheDocumentChanged_data()
+    {
+        QTest::addColumn<int>("edit");
+        QTest::newRow("modifier box") << 0;
+        QTest::newRow("device list") << 1;
+        QTest::newRow("special key") << 2;
+        QTest::newRow("mouse option") << 3;
+        QTest::newRow("comment") << 4;
+    }
+    void everyEditMarksTheDocumentChanged()
+    {
+        QFETCH(int, edit);
+        MainWindow &window = Start();
+        window.RefreshKeyDisplay(PhoneKeys::Digit(2));
+        ActionEditor *editor = window.Editor();
+        switch (edit) {
+        case 0:
+            QTest::mouseClick(editor->ModifierBox(1), Qt::LeftButton);
+            QCOMPARE(window.Doc().Action(PhoneKeys::Digit(2)).Modifiers, std::int16_t(1));
+            QCOMPARE(ToolTip(PhoneKeys::Digit(2)), u" CTRL + Arrow up "_s);
+            break;
+        case 1:
+            editor->DeviceList()->activated(1);
+            QVERIFY(window.Doc().Action(PhoneKeys::Digit(2)).IsMouse);
+            QVERIFY(editor->IsMousePanelShown());
+            // The tip was built before the device was stored.
+            QCOMPARE(ToolTip(PhoneKeys::Digit(2)), u" Arrow up "_s);
+            break;
+        case 2:
+            editor->SpecialKeyList()->setCurrentText(u"Tab"_s);
+            QCOMPARE(window.Doc().Action(PhoneKeys::Digit(2)).KeyCode, std::int16_t(9));
+            break;
+        case 3:
+            editor->MouseOption(MouseActions::MoveDownRight)->click();
+            QCOMPARE(window.Doc().Action(PhoneKeys::Digit(2)).MouseAction, int(MouseActions::MoveDownRight));
+            QCOMPARE(editor->ShownMovementPicture(), int(MouseActions::MoveDownRight));
+            break;
+        case 4:
+            editor->CommentBox()->setFocus();
+            QTest::keyClicks(editor->CommentBox(), u"Hoch"_s);
+            QCOMPARE(window.Doc().Action(PhoneKeys::Digit(2)).Comment, u"UpHoch"_s);
+            break;
+        }
+        QVERIFY(!window.Doc().IsSaved());
+        // Selecting keys afterwards does not make it saved again.
+        window.RefreshKeyDisplay(PhoneKeys::Digit(3));
+        QVERIFY(!window.Doc().IsSaved());
+    }
+
+    void unsupportedKeyIsNamed()
+    {
+        MainWindow &window = Start();
+        window.RefreshKeyDisplay(PhoneKeys::Digit(4));
+        window.Editor()->SpecialKeyList()->setCurrentText(u"Ctrl"_s);
+        QCOMPARE(window.Editor()->MessageLabel()->text(), u"This key is not supported !"_s);
+        window.RefreshKeyDisplay(PhoneKeys::Digit(4));
+        QCOMPARE(window.Editor()->MessageLabel()->text(), QString());
+    }
+
+    void toolTipsReadAsDescribed()
+    {
+        MainWindow &window = Start();
+        Document &doc = window.Doc();
+        doc.SetAction(PhoneKeys::Digit(1), KeyAction{false, 0, 18, 65, {}});
+        doc.SetAction(PhoneKeys::Digit(2), KeyAction{});
+        doc.SetAction(PhoneKeys::Digit(3), KeyAction{true, 4, 0, 0, {}});
+        window.UpdateToolTip(-1);
+        QCOMPARE(ToolTip(PhoneKeys::Digit(1)), u" CTRL + SHIFT + A "_s);
+        QCOMPARE(ToolTip(PhoneKeys::Digit(2)), u" Not in use "_s);
+        QCOMPARE(ToolTip(PhoneKeys::Digit(3)), u" - "_s);
+    }
+
+    void captionAndButtonsFollowTheDocumentKind()
+    {
+        Keymap keymap;
+        keymap[PhoneKeys::Digit(9)] = KeyAction{false, 0, 0, 66, u"B"_s};
+        QVERIFY(WriteKeymapText(keymap, Path(u"a.b.kcf"_s)));
+        MainWindow &window = Start({u"\""_s + Path(u"a.b.kcf"_s) + u"\""_s});
+        QCOMPARE(window.windowTitle(), u"a.b - Padmapper"_s);
+        QCOMPARE(window.SaveButton()->text(), u"Save Keymap"_s);
+        QVERIFY(!window.SendButton()->isEnabled());
+        QVERIFY(window.Doc().IsSaved());
+        QCOMPARE(window.Doc().Action(PhoneKeys::Digit(9)).Comment, u"B"_s);
+
+        // A picture turns it into an unnamed profile.
+        QImage picture(20, 20, QImage::Format_RGB32);
+        picture.fill(Qt::red);
+        QVERIFY(picture.save(Path(u"red.png"_s)));
+        m_dialogs->NextOpen = Path(u"red.png"_s);
+        window.ImportPicture();
+        QCOMPARE(window.windowTitle(), u"Unnamed - Padmapper"_s);
+        QCOMPARE(window.SaveButton()->text(), u"Save Profile"_s);
+        QVERIFY(!window.Doc().IsSaved());
+    }
+
+    void closingWithChangesAsks()
+    {
+        MainWindow &window = Start();
+        window.Doc().SetComment(PhoneKeys::Digit(1), u"changed"_s);
+        m_dialogs->NextAnswer = EditorDialogs::Answer::Cancel;
+        QVERIFY(!window.close());
+        QCOMPARE(m_dialogs->Questions, 1);
+        QCOMPARE(m_dialogs->Shown.last(), u"Save changes to Unnamed ?"_s);
+        QVERIFY(window.isVisible());
+
+        m_dialogs->NextAnswer = EditorDialogs::Answer::Yes;
+        m_dialogs->NextSave = Path(u"Saved"_s);
+        QVERIFY(window.close());
+        QVERIFY(QFile::exists(Path(u"Saved.hid"_s)));
+        QCOMPARE(window.Doc().CurrentFile(), Path(u"Saved.hid"_s));
+    }
+
+    void settingsSurviveARestart()
+    {
+        MainWindow &window = Start();
+        window.move(123, 77);
+        m_dialogs->NextOpen = Path(u"none.hid"_s); // moves HidPath even when missing
+        window.Open();
+        QVERIFY(window.close());
+        const Settings settings = SettingsStore(Path(u"settings.ini"_s)).Read();
+        QCOMPARE(settings.HidPath, m_dir.path());
+        QCOMPARE(settings.Left, window.x());
+        QCOMPARE(settings.Top, window.y());
+        QVERIFY(settings.Left > 0);
+    }
+
+    void snapshotCapturesTheHeldChord()
+    {
+        MainWindow &window = Start();
+        window.RefreshKeyDisplay(PhoneKeys::Cam);
+        QPushButton *snapshot = window.Editor()->SnapshotButton();
+        snapshot->click();
+        QCOMPARE(snapshot->text(), u"3..."_s);
+        QVERIFY(!window.Keypad()->CMD(PhoneKeys::Digit(1))->isEnabled());
+        QCOMPARE(window.Editor()->MessageLabel()->text(), u"Please press the keys on the keyboard..."_s);
+        window.Keys().Press(ModifierKeys::RightCtrl);
+        window.Keys().Press(ModifierKeys::LeftShift);
+        window.Keys().Press(65);
+        QTRY_COMPARE_WITH_TIMEOUT(snapshot->text(), u"2..."_s, 2000);
+        QTRY_COMPARE_WITH_TIMEOUT(snapshot->text(), u"1..."_s, 2000);
+        QTRY_COMPARE_WITH_TIMEOUT(snapshot->text(), u"Snapshot"_s, 2000);
+        const KeyAction &action = window.Doc().Action(PhoneKeys::Cam);
+        QVERIFY(!action.IsMouse);
+        QCOMPARE(action.Modifiers, std::int16_t(18));
+        QCOMPARE(action.KeyCode, std::int16_t(65));
+        QVERIFY(window.Keypad()->CMD(PhoneKeys::Digit(1))->isEnabled());
+        QCOMPARE(window.Editor()->MessageLabel()->text(), QString());
+        QVERIFY(window.Editor()->ModifierBox(0)->isChecked());  // left Shift
+        QVERIFY(window.Editor()->ModifierBox(5)->isChecked());  // right Ctrl
+        QCOMPARE(ToolTip(PhoneKeys::Cam), u" CTRL + SHIFT + A "_s);
+        QVERIFY(!window.Doc().IsSaved());
+        window.Keys().Clear();
+    }
+
+    void languageFileAppliesToTheWindow()
+    {
+        QFile lng(Path(u"Deutsch.lng"_s));
+        QVERIFY(lng.open(QIODevice::WriteOnly));
+        lng.write("[MainWindow]\r\nMenu_File=&Datei\r\nFrame=Funktion der Taste:\r\nButton_SaveProfile=Profil speichern\r\n"
+                  "ToolTip_Mouse4=Maus hoch\r\n[CommonDialog]\r\nFile_Unnamed=Unbenannt\r\n");
+        lng.close();
+        SettingsStore(Path(u"settings.ini"_s)).WriteLanguage(Path(u"Deutsch.lng"_s));
+        m_dialogs = std::make_unique<ScriptedDialogs>();
+        m_store = std::make_unique<SettingsStore>(Path(u"settings.ini"_s));
+        m_store->WritePort(0, u"/dev/rfcomm0"_s, 115200);
+        m_store->WriteLanguage(Path(u"Deutsch.lng"_s));
+        (void)m_store->Sync();
+        m_window = std::make_unique<MainWindow>(*m_dialogs, *m_store);
+        m_window->Startup({});
+        QCOMPARE(m_window->windowTitle(), u"Unbenannt - Padmapper"_s);
+        QCOMPARE(m_window->SaveButton()->text(), u"Profil speichern"_s);
+        QVERIFY(m_window->Editor()->title().startsWith(u"Funktion der Taste: \""_s));
+        QCOMPARE(ToolTip(PhoneKeys::Up), u" Maus hoch "_s);
+    }
+
+    void rendersAtOneAndTwoTimes()
+    {
+        MainWindow &window = Start();
+        window.resize(window.sizeHint().expandedTo(QSize(760, 560)));
+        window.RefreshKeyDisplay(PhoneKeys::Up);
+        const QString folder = qEnvironmentVariableIsSet("PADMAPPER_SCREENSHOTS")
+                                   ? qEnvironmentVariable("PADMAPPER_SCREENSHOTS")
+                                   : m_dir.path();
+        for (const int scale : {1, 2}) {
+            QImage image(window.size() * scale, QImage::Format_ARGB32_Premultiplied);
+            image.setDevicePixelRatio(scale);
+            image.fill(Qt::transparent);
+            window.render(&image);
+            const QString path = folder + u"/mainwindow-%1x.png"_s.arg(scale);
+            QVERIFY(image.save(path));
+            QCOMPARE(image.size(), window.size() * scale);
+            // Not a blank picture: the phone and the editor left their marks.
+            QVERIFY(image.pixel(5, 5) != image.pixel(image.width() / 4, image.height() / 2));
+        }
+    }
+};
+
+QTEST_MAIN(tst_MainWindow)
+#include "tst_mainwindow.moc"
