@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "editordialogs.h"
 
-#include "portdialog.h"
+#include "settings/filetypes.h"
+#include "settings/settingsstore.h"
+#include "settingswindow.h"
 #include "profile/document.h"
 #include "support/dialogfilter.h"
 
@@ -64,6 +66,8 @@ EditorDialogs::ChosenFile StandardEditorDialogs::SaveFileName(QWidget *parent, c
 
 bool StandardEditorDialogs::ConfigurePort(QWidget *parent)
 {
-    PortDialog dialog(parent);
-    return dialog.exec() == QDialog::Accepted;
+    SettingsStore store;
+    FileTypes fileTypes(QCoreApplication::applicationFilePath());
+    SettingsWindow window(store, fileTypes, parent);
+    return window.exec() == QDialog::Accepted;
 }

@@ -31,7 +31,7 @@ public:
     };
     virtual ChosenFile SaveFileName(QWidget *parent, const QString &title, const QString &proposedPath,
                                     const QString &filter) = 0;
-    // The port settings; true when the user confirmed (and they were stored).
+    // The settings window; true when the user confirmed (and it stored them).
     virtual bool ConfigurePort(QWidget *parent) = 0;
 };
 

@@ -10,6 +10,8 @@
 #include "keymap/keymapwriter.h"
 #include "keymap/keytable.h"
 #include "phonekeypad.h"
+#include "uploadwindow.h"
+#include "phone/profileupload.h"
 #include "profile/document.h"
 #include "profile/picture.h"
 #include "profile/tempfiles.h"
@@ -43,7 +45,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int CountdownInterval = 1000; // ms per tick
-constexpr int CountdownTicks = 3;
 constexpr PhoneKey FirstFocusedKey = PhoneKeys::Digit1;
 
 QString MainWindowText(const QString &key, const QString &english)
@@ -97,8 +98,6 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
     m_saveButton = new QPushButton(this);
     m_sendButton = new QPushButton(this);
     m_loadPictureButton = new QPushButton(this);
-    // Sending needs the upload window; until a profile is open it stays off.
-    m_sendButton->setEnabled(false);
 
     auto *buttons = new QHBoxLayout;
     buttons->addWidget(m_loadPictureButton);
@@ -141,6 +140,7 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
     connect(m_editor->SnapshotButton(), &QPushButton::clicked, this, &MainWindow::StartSnapshot);
 
     connect(m_saveButton, &QPushButton::clicked, this, [this] { (void)Save(); });
+    connect(m_sendButton, &QPushButton::clicked, this, &MainWindow::SendProfile);
     connect(m_loadPictureButton, &QPushButton::clicked, this, &MainWindow::ImportPicture);
 
     m_countdown.setInterval(CountdownInterval);
@@ -171,8 +171,7 @@ void MainWindow::BuildMenus()
     m_exportPictureAction = m_exportMenu->addAction(QString(), this, &MainWindow::ExportPicture);
     m_exportKeymapAction = m_exportMenu->addAction(QString(), this, &MainWindow::ExportKeymap);
     m_fileMenu->addSeparator();
-    m_uploadAction = m_fileMenu->addAction(QString());
-    m_uploadAction->setEnabled(false);
+    m_uploadAction = m_fileMenu->addAction(QString(), this, &MainWindow::SendProfile);
     m_viewKeymapAction = m_fileMenu->addAction(QString(), this, &MainWindow::ViewKeymap);
     m_settingsAction = m_fileMenu->addAction(QString(), this, &MainWindow::OpenSettings);
     m_settingsAction->setMenuRole(QAction::PreferencesRole);
@@ -210,12 +209,8 @@ void MainWindow::Startup(const QStringList &arguments)
         move(x(), m_settings.Top);
     show();
 
-    if (!m_settings.HasPort() && m_dialogs.ConfigurePort(this)) {
-        const Settings stored = m_store.Read();
-        m_settings.COMPort = stored.COMPort;
-        m_settings.PortName = stored.PortName;
-        m_settings.Speed = stored.Speed;
-    }
+    if (!m_settings.HasPort() && m_dialogs.ConfigurePort(this))
+        TakeStoredSettings();
 
     QString path;
     if (!arguments.isEmpty()) {
@@ -720,12 +715,42 @@ void MainWindow::dropEvent(QDropEvent *event)
 
 void MainWindow::OpenSettings()
 {
-    if (!m_dialogs.ConfigurePort(this))
-        return;
+    if (m_dialogs.ConfigurePort(this))
+        TakeStoredSettings();
+}
+
+void MainWindow::TakeStoredSettings()
+{
     const Settings stored = m_store.Read();
     m_settings.COMPort = stored.COMPort;
     m_settings.PortName = stored.PortName;
     m_settings.Speed = stored.Speed;
+    if (stored.Language != m_settings.Language) {
+        // A new language shows at once.
+        m_settings.Language = stored.Language;
+        SetLanguage(m_settings.Language);
+        ApplyMainWindowLanguage();
+    }
+}
+
+void MainWindow::SendProfile()
+{
+    UploadRequest request;
+    request.Port = PortSettings{m_settings.COMPort, m_settings.PortName, m_settings.Speed};
+    request.RemoteName = RemoteProfileName(m_document->CurrentFile());
+    // Called by the upload window on this thread, before its worker starts.
+    request.WriteProfileCopy = [this] {
+        QString path = NewTempFile(u"PMX"_s);
+        if (path.isEmpty())
+            return QString();
+        if (!m_document->SaveProfile(path, true)) {
+            QFile::remove(path);
+            return QString();
+        }
+        return path;
+    };
+    UploadWindow window(std::move(request), m_dialogs, this);
+    window.exec();
 }
 
 void MainWindow::WriteBackSettings()

@@ -71,6 +71,8 @@ public:
     void About();
     void OpenReadme();
     void OpenSettings();
+    // Sends the profile to the phone in the modal upload window.
+    void SendProfile();
     // A dropped file, by its extension: profile, keymap or picture.
     void DropFile(const QString &path);
 
@@ -96,6 +98,8 @@ private:
     void CheckSupportedKey();
     void SetKeyButtonsEnabled(bool enabled);
     void WriteBackSettings();
+    // The port, speed and language the settings window stored.
+    void TakeStoredSettings();
 
     // Edits from the action editor.
     void ModifierBoxClicked();

@@ -14,6 +14,7 @@ class ScriptedDialogs : public EditorDialogs
 {
 public:
     QList<QString> Shown;
+    QList<DocumentMessage> Messages;
     int Questions = 0;
     Answer NextAnswer = Answer::No;
     QString NextOpen;
@@ -23,7 +24,11 @@ public:
     int PortDialogs = 0;
     std::function<void()> OnConfigurePort;
 
-    void ShowMessage(QWidget *, const DocumentMessage &message) override { Shown << message.Text; }
+    void ShowMessage(QWidget *, const DocumentMessage &message) override
+    {
+        Shown << message.Text;
+        Messages << message;
+    }
     Answer AskYesNoCancel(QWidget *, const QString &text, const QString &) override
     {
         ++Questions;

@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "uploadwindow.h"
+
+#include "editordialogs.h"
+#include "profile/document.h"
+#include "settings/languagetext.h"
+
+#include <QFile>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QThread>
+#include <QTimer>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Room for a status line such as "Game.hid (12.34 KB) successfully transfered
+// to phone !" without wrapping.
+constexpr int StatusWidthInChars = 58;
+
+QString WindowText(const QString &key, const QString &english)
+{
+    return LanguageText(u"FileuploadWindow"_s, key, english);
+}
+
+} // namespace
+
+UploadWindow::UploadWindow(UploadRequest request, EditorDialogs &dialogs, QWidget *parent)
+    : QDialog(parent)
+    , m_dialogs(dialogs)
+    , m_port(request.Port)
+    , m_writeProfileCopy(std::move(request.WriteProfileCopy))
+{
+    setModal(true);
+    setWindowTitle(WindowText(u"Caption"_s, u"Fileupload"_s));
+
+    m_status = new QLabel(WindowText(u"Status1"_s, u"Generating File..."_s), this);
+    m_status->setWordWrap(true);
+    m_status->setMinimumWidth(fontMetrics().averageCharWidth() * StatusWidthInChars);
+    m_progress = new QProgressBar(this);
+    m_progress->setRange(0, 100);
+    m_progress->setValue(0);
+    m_abortButton = new QPushButton(WindowText(u"Button_Abort"_s, u"Abort"_s), this);
+    m_okButton = new QPushButton(WindowText(u"Button_OK"_s, u"OK"_s), this);
+    m_okButton->setEnabled(false);
+
+    auto *buttons = new QHBoxLayout;
+    buttons->addStretch(1);
+    buttons->addWidget(m_abortButton);
+    buttons->addWidget(m_okButton);
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(16, 16, 16, 12);
+    layout->setSpacing(10);
+    layout->addWidget(m_status);
+    layout->addWidget(m_progress);
+    layout->addSpacing(4);
+    layout->addLayout(buttons);
+
+    connect(m_abortButton, &QPushButton::clicked, this, &UploadWindow::AbortTransfer);
+    connect(m_okButton, &QPushButton::clicked, this, &QDialog::accept);
+
+    // The worker only ever sees the finished copy: the document belongs to
+    // this thread and is written here before the worker starts.
+    request.WriteProfileCopy = [this] { return m_copyPath; };
+    m_upload = std::make_unique<ProfileUpload>(std::move(request));
+    // The job lives on this thread and reports from the worker: queued.
+    connect(m_upload.get(), &ProfileUpload::StatusChanged, m_status, &QLabel::setText, Qt::QueuedConnection);
+    connect(m_upload.get(), &ProfileUpload::ProgressChanged, this, &UploadWindow::ShowProgress,
+            Qt::QueuedConnection);
+
+    m_worker.reset(QThread::create([this] { m_result = m_upload->Run(); }));
+    m_worker->setObjectName(u"upload"_s);
+    connect(m_worker.get(), &QThread::finished, this, &UploadWindow::TransferEnded, Qt::QueuedConnection);
+}
+
+UploadWindow::~UploadWindow()
+{
+    if (m_worker->isRunning()) {
+        m_upload->Abort();
+        m_worker->wait();
+    }
+}
+
+void UploadWindow::showEvent(QShowEvent *event)
+{
+    QDialog::showEvent(event);
+    if (m_started)
+        return;
+    m_started = true;
+    m_running = true;
+    m_abortButton->setFocus();
+    // Let the window appear before the copy is written.
+    QTimer::singleShot(0, this, &UploadWindow::StartTransfer);
+}
+
+void UploadWindow::StartTransfer()
+{
+    // Writing the copy may raise messages of the document's own (such as a
+    // missing picture); an empty path then ends the upload as a failed copy.
+    if (IsPortConfigured(m_port) && !m_upload->IsAborted() && m_writeProfileCopy)
+        m_copyPath = m_writeProfileCopy();
+    m_worker->start();
+}
+
+void UploadWindow::AbortTransfer()
+{
+    if (!m_running)
+        return;
+    m_upload->Abort();
+    m_abortButton->setEnabled(false);
+}
+
+void UploadWindow::done(int result)
+{
+    if (m_running) {
+        AbortTransfer();
+        return;
+    }
+    QDialog::done(result);
+}
+
+void UploadWindow::ShowProgress(qint64 bytesSent, qint64 total, qint32 /*rate*/, const QString &text)
+{
+    const int percent = ProfileUpload::Percent(bytesSent, total);
+    setWindowTitle(ProfileUpload::ProgressCaption(percent));
+    m_progress->setValue(percent);
+    m_status->setText(text);
+}
+
+void UploadWindow::TransferEnded()
+{
+    m_worker->wait();
+    m_running = false;
+    // The job deletes the copy; this only guards against a copy it never saw.
+    if (!m_copyPath.isEmpty() && QFile::exists(m_copyPath))
+        QFile::remove(m_copyPath);
+
+    switch (m_result) {
+    case UploadResult::Aborted:
+        QDialog::done(QDialog::Rejected);
+        return;
+    case UploadResult::Failed:
+        m_dialogs.ShowMessage(this, DocumentMessage{m_upload->ErrorText(),
+                                                    LanguageText(u"Errors"_s, u"Caption"_s, u"Error"_s),
+                                                    DocumentMessage::Icon::Critical});
+        QDialog::done(QDialog::Rejected);
+        return;
+    case UploadResult::Succeeded:
+        m_abortButton->setEnabled(false);
+        m_okButton->setEnabled(true);
+        m_okButton->setDefault(true);
+        m_okButton->setFocus();
+        return;
+    }
+}

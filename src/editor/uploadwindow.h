@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "phone/profileupload.h"
+
+#include <QDialog>
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+class EditorDialogs;
+class QLabel;
+class QProgressBar;
+class QPushButton;
+class QThread;
+
+// The window that sends the open profile to the phone: one status line, a
+// progress bar with the percentage also in the caption, Abort and OK. The
+// transfer starts as soon as the window is shown and runs on a worker thread,
+// so the window keeps painting and Abort can be pressed at any time.
+//
+// Abort, Escape and closing the window by its frame all abort the transfer;
+// it then ends after the current packet and the window closes without a
+// message. A failure ends with one message box, after which the window closes.
+// After a success the window stays open with the success line until OK. The
+// window does not close, and is not destroyed, before the worker has ended.
+class UploadWindow : public QDialog
+{
+    Q_OBJECT
+
+public:
+    // request.WriteProfileCopy is called on the window's own thread when the
+    // transfer starts (so it may use the document and raise messages), and only
+    // when a port is configured; the copy it returns is deleted at the end,
+    // however the transfer ends. Error messages go through dialogs.
+    UploadWindow(UploadRequest request, EditorDialogs &dialogs, QWidget *parent = nullptr);
+    ~UploadWindow() override;
+
+    bool IsRunning() const { return m_running; }
+    // How the transfer ended; meaningful once IsRunning() turned false.
+    UploadResult Result() const { return m_result; }
+
+    QLabel *StatusLabel() const { return m_status; }
+    QProgressBar *Progress() const { return m_progress; }
+    QPushButton *AbortButton() const { return m_abortButton; }
+    QPushButton *OkButton() const { return m_okButton; }
+
+    // While the transfer runs, closing the window in any way aborts it instead.
+    void done(int result) override;
+
+protected:
+    void showEvent(QShowEvent *event) override;
+
+private:
+    void StartTransfer();
+    void AbortTransfer();
+    void ShowProgress(qint64 bytesSent, qint64 total, qint32 rate, const QString &text);
+    void TransferEnded();
+
+    EditorDialogs &m_dialogs;
+    PortSettings m_port;
+    std::function<QString()> m_writeProfileCopy;
+    std::unique_ptr<ProfileUpload> m_upload;
+    std::unique_ptr<QThread> m_worker;
+    // Written before the worker starts, read by it; not touched again until it ends.
+    QString m_copyPath;
+    // Set by the worker, read once it has ended.
+    UploadResult m_result = UploadResult::Failed;
+    bool m_started = false;
+    bool m_running = false;
+
+    QLabel *m_status = nullptr;
+    QProgressBar *m_progress = nullptr;
+    QPushButton *m_abortButton = nullptr;
+    QPushButton *m_okButton = nullptr;
+};

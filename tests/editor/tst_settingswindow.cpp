@@ -1,0 +1,202 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "editor/settingswindow.h"
+#include "settings/filetypes.h"
+#include "settings/settingsstore.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QListWidget>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class tst_SettingsWindow : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<SettingsStore> m_store;
+    std::unique_ptr<FileTypes> m_types;
+
+    QString Path(const QString &name) const { return m_dir->filePath(name); }
+
+    std::unique_ptr<SettingsWindow> Open()
+    {
+        return std::make_unique<SettingsWindow>(*m_store, *m_types);
+    }
+
+private slots:
+    void init()
+    {
+        m_dir = std::make_unique<QTemporaryDir>();
+        m_store = std::make_unique<SettingsStore>(Path(u"settings.ini"_s));
+        m_store->WritePort(0, u"/dev/rfcomm0"_s, 57600);
+        (void)m_store->Sync();
+        m_types = std::make_unique<FileTypes>(u"/opt/padmapper/bin/padmapper"_s, Path(u"data"_s), Path(u"config"_s));
+    }
+
+    void speedOnOk_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<int>("stored");
+        QTest::newRow("in range") << u"921600"_s << 921600;
+        QTest::newRow("one million") << u"1000000"_s << 115200;
+        QTest::newRow("zero") << u"0"_s << 115200;
+        QTest::newRow("not a number keeps the speed") << u"abc"_s << 57600;
+        QTest::newRow("blank keeps the speed") << QString() << 57600;
+    }
+    void speedOnOk()
+    {
+        QFETCH(QString, typed);
+        QFETCH(int, stored);
+        auto window = Open();
+        QCOMPARE(window->SpeedBox()->currentText(), u"57600"_s);
+        window->SpeedBox()->setCurrentText(typed);
+        window->accept();
+        QCOMPARE(SettingsStore(Path(u"settings.ini"_s)).Read().Speed, stored);
+    }
+
+    void abortWritesNothingButRegistersTheClasses()
+    {
+        auto window = Open();
+        window->SpeedBox()->setCurrentText(u"9600"_s);
+        window->PortBox()->setCurrentText(u"/dev/ttyACM3"_s);
+        window->ProfileTypeBox()->setChecked(true);
+        window->reject();
+        const Settings settings = SettingsStore(Path(u"settings.ini"_s)).Read();
+        QCOMPARE(settings.Speed, 57600);
+        QCOMPARE(settings.PortName, u"/dev/rfcomm0"_s);
+        // Opening wrote the program's own classes, but bound no type.
+        QVERIFY(QFile::exists(m_types->DesktopEntryPath()));
+        QVERIFY(QFile::exists(m_types->MimePackagePath()));
+        QCOMPARE(m_types->BoundClass(FileType::Profile), QString());
+        QCOMPARE(m_types->BoundClass(FileType::Keymap), QString());
+    }
+
+    void portOnOk()
+    {
+        auto window = Open();
+        QCOMPARE(window->PortBox()->currentText(), u"/dev/rfcomm0"_s);
+        window->PortBox()->setCurrentText(u"/dev/ttyUSB1"_s);
+        window->accept();
+        QCOMPARE(SettingsStore(Path(u"settings.ini"_s)).Read().PortName, u"/dev/ttyUSB1"_s);
+    }
+
+    void typeIsHandedBackToItsPreviousOwner()
+    {
+        // Another program owns .hid; .kcf is unowned.
+        m_types->Bind(FileType::Profile, u"ark.desktop"_s);
+        {
+            auto window = Open();
+            QVERIFY(!window->ProfileTypeBox()->isChecked());
+            window->accept();
+        }
+        // Unchecked: the other program keeps it, and it is remembered.
+        QCOMPARE(m_types->BoundClass(FileType::Profile), u"ark.desktop"_s);
+        QCOMPARE(m_store->String(u"LasthidClass"_s), u"ark.desktop"_s);
+        {
+            auto window = Open();
+            window->ProfileTypeBox()->setChecked(true);
+            window->KeymapTypeBox()->setChecked(true);
+            window->accept();
+        }
+        QCOMPARE(m_types->BoundClass(FileType::Profile), u"padmapper.desktop"_s);
+        QCOMPARE(m_types->BoundClass(FileType::Keymap), u"padmapper.desktop"_s);
+        {
+            auto window = Open();
+            QVERIFY(window->ProfileTypeBox()->isChecked());
+            QVERIFY(window->KeymapTypeBox()->isChecked());
+            window->ProfileTypeBox()->setChecked(false);
+            window->KeymapTypeBox()->setChecked(false);
+            window->accept();
+        }
+        QCOMPARE(m_types->BoundClass(FileType::Profile), u"ark.desktop"_s);
+        QCOMPARE(m_types->BoundClass(FileType::Keymap), QString());
+    }
+
+    void mimeAppsListKeepsOtherEntries()
+    {
+        QDir().mkpath(Path(u"config"_s));
+        QFile list(m_types->MimeAppsListPath());
+        QVERIFY(list.open(QIODevice::WriteOnly));
+        list.write("[Added Associations]\ntext/plain=gedit.desktop;\n\n[Default Applications]\n"
+                   "image/png=eog.desktop;\napplication/x-padmapper-keymap=kate.desktop;gedit.desktop;\n");
+        list.close();
+        QCOMPARE(m_types->BoundClass(FileType::Keymap), u"kate.desktop"_s);
+        m_types->Bind(FileType::Keymap, u"padmapper.desktop"_s);
+        m_types->Bind(FileType::Profile, u"padmapper.desktop"_s);
+        QVERIFY(list.open(QIODevice::ReadOnly));
+        const QByteArray text = list.readAll();
+        list.close();
+        QVERIFY(text.contains("text/plain=gedit.desktop;"));
+        QVERIFY(text.contains("image/png=eog.desktop;"));
+        QVERIFY(text.contains("application/x-padmapper-keymap=padmapper.desktop;"));
+        QVERIFY(text.contains("application/x-padmapper-profile=padmapper.desktop;"));
+        m_types->Bind(FileType::Profile, QString());
+        QCOMPARE(m_types->BoundClass(FileType::Profile), QString());
+        QCOMPARE(m_types->BoundClass(FileType::Keymap), u"padmapper.desktop"_s);
+    }
+
+    void desktopEntryStartsTheProgram()
+    {
+        m_types->RegisterFileTypes();
+        QFile entry(m_types->DesktopEntryPath());
+        QVERIFY(entry.open(QIODevice::ReadOnly));
+        const QByteArray text = entry.readAll();
+        QVERIFY(text.contains("Exec=\"/opt/padmapper/bin/padmapper\" %f\n"));
+        QVERIFY(text.contains("MimeType=application/x-padmapper-profile;application/x-padmapper-keymap;\n"));
+
+        const QString validate = QStandardPaths::findExecutable(u"desktop-file-validate"_s);
+        QVERIFY2(!validate.isEmpty(), "desktop-file-validate is needed (package desktop-file-utils)");
+        QProcess process;
+        process.start(validate, {m_types->DesktopEntryPath()});
+        QVERIFY(process.waitForFinished(30000));
+        QVERIFY2(process.exitCode() == 0, process.readAllStandardOutput().constData());
+    }
+
+    void languagesFoundWithTheProgram()
+    {
+        const auto languages = SettingsWindow::LanguageFiles();
+        QStringList names;
+        for (const auto &[name, path] : languages) {
+            names << name;
+            QVERIFY(path.endsWith(name + u".lng"_s));
+        }
+        QStringList sorted = names;
+        std::sort(sorted.begin(), sorted.end(), [](const QString &a, const QString &b) {
+            return a.compare(b, Qt::CaseInsensitive) < 0;
+        });
+        QCOMPARE(names, sorted);
+        const QStringList beside = QDir(QCoreApplication::applicationDirPath()).entryList({u"*.lng"_s}, QDir::Files);
+        for (const QString &file : beside)
+            QVERIFY(names.contains(file.chopped(4)));
+
+        auto window = Open();
+        QCOMPARE(window->LanguageList()->count(), int(languages.size()));
+        if (!languages.isEmpty()) {
+            window->LanguageList()->item(0)->setSelected(true);
+            window->accept();
+            QCOMPARE(SettingsStore(Path(u"settings.ini"_s)).Read().Language, languages.first().second);
+        }
+    }
+
+    void noLanguageChosenLeavesItAlone()
+    {
+        m_store->WriteLanguage(u"/somewhere/Klingon.lng"_s);
+        (void)m_store->Sync();
+        auto window = Open();
+        QVERIFY(window->LanguageList()->selectedItems().isEmpty());
+        window->accept();
+        QCOMPARE(SettingsStore(Path(u"settings.ini"_s)).Read().Language, u"/somewhere/Klingon.lng"_s);
+    }
+};
+
+QTEST_MAIN(tst_SettingsWindow)
+#include "tst_settingswindow.moc"
