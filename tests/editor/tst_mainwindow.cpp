@@ -299,25 +299,54 @@ private slots:
         QCOMPARE(ToolTip(PhoneKeys::Up), u" Maus hoch "_s);
     }
 
-    void rendersAtOneAndTwoTimes()
+    void rendersAtOneAndTwoTimesInLightAndDark()
     {
-        MainWindow &window = Start();
-        window.resize(window.sizeHint().expandedTo(QSize(760, 560)));
-        window.RefreshKeyDisplay(PhoneKeys::Up);
+        const QPalette light = QApplication::palette();
+        QPalette dark;
+        dark.setColor(QPalette::Window, QColor(40, 42, 46));
+        dark.setColor(QPalette::WindowText, QColor(230, 230, 230));
+        dark.setColor(QPalette::Base, QColor(28, 30, 33));
+        dark.setColor(QPalette::AlternateBase, QColor(48, 50, 54));
+        dark.setColor(QPalette::Text, QColor(230, 230, 230));
+        dark.setColor(QPalette::Button, QColor(52, 55, 60));
+        dark.setColor(QPalette::ButtonText, QColor(230, 230, 230));
+        dark.setColor(QPalette::Highlight, QColor(61, 142, 230));
+        dark.setColor(QPalette::HighlightedText, Qt::white);
+        dark.setColor(QPalette::ToolTipBase, QColor(52, 55, 60));
+        dark.setColor(QPalette::ToolTipText, QColor(230, 230, 230));
+        dark.setColor(QPalette::PlaceholderText, QColor(150, 150, 150));
+        dark.setColor(QPalette::Disabled, QPalette::ButtonText, QColor(120, 120, 120));
+        dark.setColor(QPalette::Disabled, QPalette::WindowText, QColor(120, 120, 120));
+        dark.setColor(QPalette::Disabled, QPalette::Text, QColor(120, 120, 120));
+
         const QString folder = qEnvironmentVariableIsSet("PADMAPPER_SCREENSHOTS")
                                    ? qEnvironmentVariable("PADMAPPER_SCREENSHOTS")
                                    : m_dir.path();
-        for (const int scale : {1, 2}) {
-            QImage image(window.size() * scale, QImage::Format_ARGB32_Premultiplied);
-            image.setDevicePixelRatio(scale);
-            image.fill(Qt::transparent);
-            window.render(&image);
-            const QString path = folder + u"/mainwindow-%1x.png"_s.arg(scale);
-            QVERIFY(image.save(path));
-            QCOMPARE(image.size(), window.size() * scale);
-            // Not a blank picture: the phone and the editor left their marks.
-            QVERIFY(image.pixel(5, 5) != image.pixel(image.width() / 4, image.height() / 2));
+        QList<QImage> editorParts;
+        for (const auto &[name, palette] : {std::pair{u"light"_s, light}, std::pair{u"dark"_s, dark}}) {
+            QApplication::setPalette(palette);
+            MainWindow &window = Start();
+            window.resize(window.sizeHint().expandedTo(QSize(760, 560)));
+            window.RefreshKeyDisplay(name == "light"_L1 ? PhoneKeys::Up : PhoneKeys::Digit(3));
+            for (const int scale : {1, 2}) {
+                QImage image(window.size() * scale, QImage::Format_ARGB32_Premultiplied);
+                image.setDevicePixelRatio(scale);
+                image.fill(Qt::transparent);
+                window.render(&image);
+                QVERIFY(image.save(folder + u"/mainwindow-%1-%2x.png"_s.arg(name).arg(scale)));
+                QCOMPARE(image.size(), window.size() * scale);
+                // Not a blank picture: the phone and the editor left their marks.
+                QVERIFY(image.pixel(5, 5) != image.pixel(image.width() / 4, image.height() / 2));
+                if (scale == 1)
+                    editorParts << image.copy(window.Editor()->geometry());
+            }
+            window.Doc().SetSaved(true);
+            m_window.reset();
         }
+        QApplication::setPalette(light);
+        // The editor follows the palette: its background differs between the two.
+        QVERIFY(editorParts[0].pixel(2, editorParts[0].height() - 3)
+                != editorParts[1].pixel(2, editorParts[1].height() - 3));
     }
 };
 
