@@ -10,6 +10,8 @@
 #include "scripteddialogs.h"
 #include "settings/readme.h"
 
+#include "../testfiles.h"
+
 #include <QFile>
 #include <QImage>
 #include <QLabel>
@@ -22,12 +24,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QByteArray ReadAll(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 Keymap SampleKeymap()
 {

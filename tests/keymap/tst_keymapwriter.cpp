@@ -2,6 +2,8 @@
 #include "keymap/keymap.h"
 #include "keymap/keymapwriter.h"
 
+#include "../testfiles.h"
+
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
@@ -9,12 +11,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QByteArray ReadAll(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 Keymap ExampleKeymap()
 {

@@ -6,6 +6,8 @@
 #include "profile/tar.h"
 #include "profile/tempfiles.h"
 
+#include "../testfiles.h"
+
 #include <QFile>
 #include <QImage>
 #include <QTemporaryDir>
@@ -14,12 +16,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QByteArray ReadAll(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 Keymap SampleKeymap()
 {

@@ -7,6 +7,8 @@
 #include "profile/tar.h"
 #include "profile/tempfiles.h"
 
+#include "../testfiles.h"
+
 #include <QDir>
 #include <QFile>
 #include <QImage>
@@ -18,12 +20,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QByteArray ReadAll(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 struct ToolRun
 {
