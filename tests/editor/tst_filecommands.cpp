@@ -60,6 +60,10 @@ private:
         (void)m_store->Sync();
         m_window = std::make_unique<MainWindow>(*m_dialogs, *m_store);
         m_window->Startup({});
+        // Let activation and the first key's focus settle, as they do before a
+        // user's first click.
+        (void)QTest::qWaitForWindowActive(m_window.get(), 2000);
+        QCoreApplication::processEvents();
         return *m_window;
     }
 
