@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "editor/actioneditor.h"
-#include "scripteddialogs.h"
 #include "editor/heldkeys.h"
-#include "editor/mainwindow.h"
 #include "editor/phonekeypad.h"
 #include "keymap/keyboardcapture.h"
 #include "keymap/keymapwriter.h"
+#include "mainwindowharness.h"
 #include "profile/document.h"
 #include "profile/tempfiles.h"
 #include "settings/languagetext.h"
@@ -26,46 +25,17 @@
 
 using namespace Qt::StringLiterals;
 
-
-class tst_MainWindow : public QObject
+class tst_MainWindow : public QObject, MainWindowHarness
 {
     Q_OBJECT
 
 private:
-    QTemporaryDir m_dir;
-    std::unique_ptr<ScriptedDialogs> m_dialogs;
-    std::unique_ptr<SettingsStore> m_store;
-    std::unique_ptr<MainWindow> m_window;
-
-    QString Path(const QString &name) const { return m_dir.filePath(name); }
-
-    MainWindow &Start(const QStringList &arguments = {}, bool withPort = true)
-    {
-        m_dialogs = std::make_unique<ScriptedDialogs>();
-        m_store = std::make_unique<SettingsStore>(Path(u"settings.ini"_s));
-        if (withPort) {
-            m_store->WritePort(0, u"/dev/rfcomm0"_s, 115200);
-            (void)m_store->Sync();
-        }
-        m_window = std::make_unique<MainWindow>(*m_dialogs, *m_store);
-        m_window->Startup(arguments);
-        // Let activation and the first key's focus settle, as they do before a
-        // user's first click.
-        (void)QTest::qWaitForWindowActive(m_window.get(), 2000);
-        QCoreApplication::processEvents();
-        return *m_window;
-    }
-
     QString ToolTip(int key) const { return m_window->Keypad()->CMD(key)->toolTip(); }
 
 private slots:
-    void init() { QFile::remove(Path(u"settings.ini"_s)); }
     void cleanup()
     {
-        if (m_window)
-            m_window->Doc().SetSaved(true);
-        m_window.reset();
-        DeleteTempFiles();
+        Close();
         SetLanguage(QString());
     }
 
@@ -85,17 +55,12 @@ private slots:
     void firstRunAsksForThePortBeforeLoading()
     {
         bool documentLoadedBefore = true;
-        m_dialogs.reset();
-        auto dialogs = std::make_unique<ScriptedDialogs>();
-        ScriptedDialogs *raw = dialogs.get();
-        m_store = std::make_unique<SettingsStore>(Path(u"settings.ini"_s));
-        m_window = std::make_unique<MainWindow>(*raw, *m_store);
-        raw->OnConfigurePort = [&] { documentLoadedBefore = !m_window->Doc().Picture().Image.isNull(); };
-        m_window->Startup({});
-        m_dialogs = std::move(dialogs);
+        MainWindow &window = Create(QString());
+        m_dialogs->OnConfigurePort = [&] { documentLoadedBefore = !window.Doc().Picture().Image.isNull(); };
+        window.Startup({});
         QCOMPARE(m_dialogs->PortDialogs, 1);
         QVERIFY(!documentLoadedBefore);
-        QCOMPARE(m_window->CurrentSettings().Speed, 115200);
+        QCOMPARE(window.CurrentSettings().Speed, 115200);
     }
 
     void selectingEveryKeyLeavesTheDocumentSaved()
@@ -185,19 +150,6 @@ private slots:
         QCOMPARE(window.Editor()->MessageLabel()->text(), u"This key is not supported !"_s);
         window.RefreshKeyDisplay(PhoneKeys::Digit(4));
         QCOMPARE(window.Editor()->MessageLabel()->text(), QString());
-    }
-
-    void toolTipsReadAsDescribed()
-    {
-        MainWindow &window = Start();
-        Document &doc = window.Doc();
-        doc.SetAction(PhoneKeys::Digit(1), KeyAction{false, 0, 18, 65, {}});
-        doc.SetAction(PhoneKeys::Digit(2), KeyAction{});
-        doc.SetAction(PhoneKeys::Digit(3), KeyAction{true, 4, 0, 0, {}});
-        window.UpdateToolTip(-1);
-        QCOMPARE(ToolTip(PhoneKeys::Digit(1)), u" CTRL + SHIFT + A "_s);
-        QCOMPARE(ToolTip(PhoneKeys::Digit(2)), u" Not in use "_s);
-        QCOMPARE(ToolTip(PhoneKeys::Digit(3)), u" - "_s);
     }
 
     void captionAndButtonsFollowTheDocumentKind()
@@ -294,38 +246,18 @@ private slots:
                   "ToolTip_Mouse4=Maus hoch\r\n[CommonDialog]\r\nFile_Unnamed=Unbenannt\r\n");
         lng.close();
         SettingsStore(Path(u"settings.ini"_s)).WriteLanguage(Path(u"Deutsch.lng"_s));
-        m_dialogs = std::make_unique<ScriptedDialogs>();
-        m_store = std::make_unique<SettingsStore>(Path(u"settings.ini"_s));
-        m_store->WritePort(0, u"/dev/rfcomm0"_s, 115200);
-        m_store->WriteLanguage(Path(u"Deutsch.lng"_s));
-        (void)m_store->Sync();
-        m_window = std::make_unique<MainWindow>(*m_dialogs, *m_store);
-        m_window->Startup({});
-        QCOMPARE(m_window->windowTitle(), u"Unbenannt - Padmapper"_s);
-        QCOMPARE(m_window->SaveButton()->text(), u"Profil speichern"_s);
-        QVERIFY(m_window->Editor()->title().startsWith(u"Funktion der Taste: \""_s));
+        MainWindow &window = Start();
+        QCOMPARE(window.windowTitle(), u"Unbenannt - Padmapper"_s);
+        QCOMPARE(window.SaveButton()->text(), u"Profil speichern"_s);
+        QVERIFY(window.Editor()->title().startsWith(u"Funktion der Taste: \""_s));
         QCOMPARE(ToolTip(PhoneKeys::Up), u" Maus hoch "_s);
     }
 
     void rendersAtOneAndTwoTimesInLightAndDark()
     {
         const QPalette light = QApplication::palette();
-        QPalette dark;
-        dark.setColor(QPalette::Window, QColor(40, 42, 46));
-        dark.setColor(QPalette::WindowText, QColor(230, 230, 230));
-        dark.setColor(QPalette::Base, QColor(28, 30, 33));
-        dark.setColor(QPalette::AlternateBase, QColor(48, 50, 54));
-        dark.setColor(QPalette::Text, QColor(230, 230, 230));
-        dark.setColor(QPalette::Button, QColor(52, 55, 60));
-        dark.setColor(QPalette::ButtonText, QColor(230, 230, 230));
-        dark.setColor(QPalette::Highlight, QColor(61, 142, 230));
-        dark.setColor(QPalette::HighlightedText, Qt::white);
-        dark.setColor(QPalette::ToolTipBase, QColor(52, 55, 60));
-        dark.setColor(QPalette::ToolTipText, QColor(230, 230, 230));
-        dark.setColor(QPalette::PlaceholderText, QColor(150, 150, 150));
-        dark.setColor(QPalette::Disabled, QPalette::ButtonText, QColor(120, 120, 120));
-        dark.setColor(QPalette::Disabled, QPalette::WindowText, QColor(120, 120, 120));
-        dark.setColor(QPalette::Disabled, QPalette::Text, QColor(120, 120, 120));
+        // Colours derived from a dark window: light text on dark bases.
+        const QPalette dark(QColor(52, 55, 60), QColor(40, 42, 46));
 
         const QString folder = qEnvironmentVariableIsSet("PADMAPPER_SCREENSHOTS")
                                    ? qEnvironmentVariable("PADMAPPER_SCREENSHOTS")
@@ -348,8 +280,7 @@ private slots:
                 if (scale == 1)
                     editorParts << image.copy(window.Editor()->geometry());
             }
-            window.Doc().SetSaved(true);
-            m_window.reset();
+            Close();
         }
         QApplication::setPalette(light);
         // The editor follows the palette: its background differs between the two.

@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "editor/mainwindow.h"
 #include "editor/uploadwindow.h"
 #include "fakephone.h"
 #include "keymap/keymapwriter.h"
+#include "mainwindowharness.h"
 #include "profile/document.h"
-#include "profile/tempfiles.h"
-#include "scripteddialogs.h"
 
 #include <QApplication>
 #include <QDir>
@@ -23,8 +21,6 @@
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
-
-Q_DECLARE_METATYPE(FakePhone::Options)
 
 namespace {
 
@@ -97,42 +93,20 @@ struct Upload
     }
 };
 
-// The main window with the port stored in its settings.
-struct Editor
-{
-    QTemporaryDir dir;
-    ScriptedDialogs dialogs;
-    SettingsStore store{dir.filePath(u"settings.ini"_s)};
-    std::unique_ptr<MainWindow> window;
-
-    explicit Editor(const QString &portName, const QStringList &arguments = {})
-    {
-        store.WritePort(0, portName, 115200);
-        (void)store.Sync();
-        window = std::make_unique<MainWindow>(dialogs, store);
-        window->Startup(arguments);
-    }
-    ~Editor() { window->Doc().SetSaved(true); }
-};
-
 } // namespace
 
-class tst_UploadWindow : public QObject
+class tst_UploadWindow : public QObject, MainWindowHarness
 {
     Q_OBJECT
 
 private slots:
-    void cleanup() { DeleteTempFiles(); }
+    void cleanup() { Close(); }
 
-    void success_data()
-    {
-        QTest::addColumn<qsizetype>("size");
-        QTest::newRow("one packet") << qsizetype(100);
-        QTest::newRow("many packets") << qsizetype(60000);
-    }
+    // Sizes at the packet limits are the upload job's own test; here the
+    // window follows a transfer of many packets.
     void success()
     {
-        QFETCH(qsizetype, size);
+        const qsizetype size = 60000;
         FakePhone phone;
         QVERIFY(phone.Start());
         Upload upload(phone.PortName(), TestData(size));
@@ -208,39 +182,27 @@ private slots:
         QVERIFY(PortIsFree(phone.PortName()));
     }
 
+    // One failure before the copy, one of the copy, one of the phone; every
+    // message of the upload job itself is pinned by its own test.
     void failureShowsOneMessage_data()
     {
-        QTest::addColumn<FakePhone::Options>("options");
         QTest::addColumn<QString>("port"); // "phone" for the fake phone's
         QTest::addColumn<bool>("copyFails");
+        QTest::addColumn<int>("stallAfter");
         QTest::addColumn<QString>("message");
         QTest::addColumn<int>("writes");
-        using A = FakePhone::Answer;
-        const auto with = [](auto change) {
-            FakePhone::Options options;
-            change(options);
-            return options;
-        };
-        const FakePhone::Options normal;
-        const QString phone = u"phone"_s;
-        QTest::newRow("no port configured") << normal << QString() << false
-                                            << u"The COM-Port is not set. Please check the settings !"_s << 0;
-        QTest::newRow("copy not written") << normal << phone << true << u"Creating File failed !"_s << 1;
-        QTest::newRow("port missing") << normal << u"/dev/padmapper-none"_s << false
-                                      << u"Couldn't connect to /dev/padmapper-none !"_s << 1;
-        QTest::newRow("silent phone")
-            << with([](auto &o) { o.Eobex = A::Silent; }) << phone << false
-            << u"The phone didn't answer.\r\nPleas check the settings or try it once more."_s << 1;
-        QTest::newRow("OK without CONNECT") << with([](auto &o) { o.Eobex = A::Ok; }) << phone << false
-                                            << u"Initiating Obex-Protocol failed !"_s << 1;
-        QTest::newRow("stops answering mid-upload")
-            << with([](auto &o) { o.StallAfter = 3; }) << phone << false << u"Fileupload failed !"_s << 1;
+        QTest::newRow("no port configured")
+            << QString() << false << -1 << u"The COM-Port is not set. Please check the settings !"_s << 0;
+        QTest::newRow("copy not written") << u"phone"_s << true << -1 << u"Creating File failed !"_s << 1;
+        QTest::newRow("stops answering mid-upload") << u"phone"_s << false << 3 << u"Fileupload failed !"_s << 1;
     }
     void failureShowsOneMessage()
     {
-        QFETCH(FakePhone::Options, options);
         QFETCH(QString, port);
         QFETCH(bool, copyFails);
+        FakePhone::Options options;
+        QFETCH(int, stallAfter);
+        options.StallAfter = stallAfter;
         FakePhone phone(options);
         QVERIFY(phone.Start());
         if (port == "phone"_L1)
@@ -280,8 +242,7 @@ private slots:
     {
         FakePhone phone;
         QVERIFY(phone.Start());
-        Editor editor(phone.PortName());
-        MainWindow &window = *editor.window;
+        MainWindow &window = Start({}, phone.PortName());
         QVERIFY(window.SendButton()->isEnabled());
         const qsizetype tempFilesBefore = TempFiles().size();
         QString status;
@@ -296,9 +257,9 @@ private slots:
         pressOk.start(20);
         window.SendButton()->click();
 
-        QCOMPARE(editor.dialogs.Shown, QStringList());
+        QCOMPARE(m_dialogs->Shown, QStringList());
         QVERIFY2(status.startsWith(u"Unnamed.hid ("_s), qPrintable(status));
-        QString expected = editor.dir.filePath(u"expected.hid"_s);
+        QString expected = Path(u"expected.hid"_s);
         QVERIFY(window.Doc().SaveProfile(expected, true));
         QCOMPARE(phone.Files().value(u"Unnamed.hid"_s).size(), QFileInfo(expected).size());
         const QStringList made = TempFiles().mid(tempFilesBefore);
@@ -314,14 +275,13 @@ private slots:
     {
         FakePhone phone;
         QVERIFY(phone.Start());
-        QTemporaryDir dir;
-        const QString keymap = dir.filePath(u"Work.kcf"_s);
+        const QString keymap = Path(u"Work.kcf"_s);
         QVERIFY(WriteKeymapText(Keymap(), keymap));
-        Editor editor(phone.PortName(), {u"\""_s + keymap + u"\""_s});
-        QVERIFY(!editor.window->SendButton()->isEnabled());
+        MainWindow &window = Start({u"\""_s + keymap + u"\""_s}, phone.PortName());
+        QVERIFY(!window.SendButton()->isEnabled());
 
-        editor.window->SendProfile();
-        QCOMPARE(editor.dialogs.Shown, (QStringList{u"No Picture is loadet !"_s, u"Creating File failed !"_s}));
+        window.SendProfile();
+        QCOMPARE(m_dialogs->Shown, (QStringList{u"No Picture is loadet !"_s, u"Creating File failed !"_s}));
         QVERIFY(phone.AtCommands().isEmpty());
     }
 };

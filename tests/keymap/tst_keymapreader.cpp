@@ -4,6 +4,8 @@
 #include "keymap/keymapwriter.h"
 #include "settings/languagetext.h"
 
+#include "../testfiles.h"
+
 #include <QFile>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
@@ -17,6 +19,14 @@ Keymap PhoneDefaults()
 {
     Keymap keymap;
     keymap.ResetToPhoneDefaults();
+    return keymap;
+}
+
+// The phone defaults with one key changed.
+Keymap With(PhoneKey key, const KeyAction &action)
+{
+    Keymap keymap = PhoneDefaults();
+    keymap[key] = action;
     return keymap;
 }
 
@@ -39,110 +49,67 @@ private slots:
         QTest::addColumn<QString>("text");
         QTest::addColumn<Keymap>("expected");
         QTest::addColumn<QString>("errors");
+        using namespace PhoneKeys;
+        const QString keyboard01 = u"<KEYBOARD MODIFIERS = \"01\" USAGEID = \"06\" />"_s;
 
         QTest::newRow("empty text leaves the phone defaults") << QString() << PhoneDefaults() << QString();
-
-        Keymap lsk = PhoneDefaults();
-        lsk[PhoneKeys::Lsk] = KeyAction{false, 0, 1, 67, QString()};
         QTest::newRow("action before any tag goes to the left soft key")
-            << u"<KEYBOARD MODIFIERS = \"01\" USAGEID = \"06\" />"_s << lsk << QString();
-
-        Keymap right = PhoneDefaults();
-        right[PhoneKeys::Lsk] = KeyAction{true, 1, 0, 0, QString()};
+            << keyboard01 << With(Lsk, {false, 0, 1, 67, {}}) << QString();
         QTest::newRow("prefix and value ignore case")
-            << Lines({u"<KEY_LSK>"_s, u"<mouse buttons = \"RIGHT\" />"_s}) << right << QString();
-
-        Keymap closed = PhoneDefaults();
+            << Lines({u"<KEY_LSK>"_s, u"<mouse buttons = \"RIGHT\" />"_s}) << With(Lsk, {true, 1, 0, 0, {}})
+            << QString();
         QTest::newRow("action after a closing tag is ignored")
-            << Lines({u"<KEY_1>"_s, u"</KEY_1>"_s, u"<KEYBOARD MODIFIERS = \"01\" USAGEID = \"06\" />"_s})
-            << closed << QString();
-
-        Keymap volDown = PhoneDefaults();
-        volDown[PhoneKeys::VolDown] = KeyAction{true, MouseActions::MoveDown, 0, 0, QString()};
+            << Lines({u"<KEY_1>"_s, u"</KEY_1>"_s, keyboard01}) << PhoneDefaults() << QString();
         QTest::newRow("long closing tag leaves the key open")
-            << Lines({u"<KEY_VOL_DOWN>"_s, u"</KEY_VOL_DOWN>"_s, u"<MOUSE MOVEMENT = \"Down\" />"_s}) << volDown
-            << QString();
-
-        Keymap comment = PhoneDefaults();
-        comment[PhoneKeys::Cam] = KeyAction{true, MouseActions::MoveUpLeft, 0, 0, u"a b"_s};
+            << Lines({u"<KEY_VOL_DOWN>"_s, u"</KEY_VOL_DOWN>"_s, u"<MOUSE MOVEMENT = \"Down\" />"_s})
+            << With(VolDown, {true, MouseActions::MoveDown, 0, 0, {}}) << QString();
         QTest::newRow("comment trimmed")
-            << Lines({u"   <KEY_CAM>   "_s, u"<MOUSE MOVEMENT = \"upleft\" />  <!--   a b  -->"_s}) << comment
-            << QString();
+            << Lines({u"   <KEY_CAM>   "_s, u"<MOUSE MOVEMENT = \"upleft\" />  <!--   a b  -->"_s})
+            << With(Cam, {true, MouseActions::MoveUpLeft, 0, 0, u"a b"_s}) << QString();
         QTest::newRow("comment without its end is empty")
             << Lines({u"<KEY_CAM>"_s, u"<MOUSE MOVEMENT = \"UpLeft\" /> <!-- a b"_s})
-            << [] { Keymap k = PhoneDefaults(); k[PhoneKeys::Cam] = KeyAction{true, 3, 0, 0, {}}; return k; }()
-            << QString();
-
-        Keymap notNumber = PhoneDefaults();
-        notNumber[PhoneKeys::Cam] = KeyAction{false, 0, 0, 65, QString()};
+            << With(Cam, {true, MouseActions::MoveUpLeft, 0, 0, {}}) << QString();
         QTest::newRow("modifier not a number still reads the usage")
-            << Lines({u"<KEY_CAM>"_s, u"<KEYBOARD MODIFIERS = \"xx\" USAGEID = \"04\" />"_s}) << notNumber
-            << u"KEY_CAM\t\t-> Keyboard Modifier ist keine Zahl (xx)\r\n"_s;
-
-        Keymap zero = PhoneDefaults();
+            << Lines({u"<KEY_CAM>"_s, u"<KEYBOARD MODIFIERS = \"xx\" USAGEID = \"04\" />"_s})
+            << With(Cam, {false, 0, 0, 65, {}}) << u"KEY_CAM\t\t-> Keyboard Modifier ist keine Zahl (xx)\r\n"_s;
         // A keyboard line leaves the mouse action it does not use as it was.
-        zero[PhoneKeys::Left] = KeyAction{false, MouseActions::MoveLeft, 0, 65, QString()};
         QTest::newRow("modifier 0 is not valid, eight-letter name takes one tab")
-            << Lines({u"<KEY_LEFT>"_s, u"<KEYBOARD MODIFIERS = \"0\" USAGEID = \"04\" />"_s}) << zero
+            << Lines({u"<KEY_LEFT>"_s, u"<KEYBOARD MODIFIERS = \"0\" USAGEID = \"04\" />"_s})
+            << With(Left, {false, MouseActions::MoveLeft, 0, 65, {}})
             << u"KEY_LEFT\t-> Kein g\u00FCltiger Keyboard Modifier (0)\r\n"_s;
-
-        Keymap big = PhoneDefaults();
-        big[PhoneKeys::Digit1] = KeyAction{false, 0, 0, 65, QString()};
-        QTest::newRow("modifier above 256")
-            << Lines({u"<KEY_1>"_s, u"<KEYBOARD MODIFIERS = \"300\" USAGEID = \"04\" />"_s}) << big
-            << u"KEY_1\t\t-> Kein g\u00FCltiger Keyboard Modifier (300)\r\n"_s;
-        QTest::newRow("modifier 256")
-            << Lines({u"<KEY_1>"_s, u"<KEYBOARD MODIFIERS = \"256\" USAGEID = \"04\" />"_s}) << big
-            << u"KEY_1\t\t-> Kein g\u00FCltiger Keyboard Modifier (256)\r\n"_s;
-        QTest::newRow("huge modifier")
-            << Lines({u"<KEY_1>"_s, u"<KEYBOARD MODIFIERS = \"99999999999999999999\" USAGEID = \"04\" />"_s}) << big
-            << u"KEY_1\t\t-> Kein g\u00FCltiger Keyboard Modifier (99999999999999999999)\r\n"_s;
-
-        Keymap odd = PhoneDefaults();
-        odd[PhoneKeys::Digit1] = KeyAction{false, 0, 5, 8, QString()};
+        for (const QString &modifier : {u"300"_s, u"256"_s, u"99999999999999999999"_s}) {
+            QTest::addRow("modifier %s is too large", qPrintable(modifier))
+                << Lines({u"<KEY_1>"_s, u"<KEYBOARD MODIFIERS = \"%1\" USAGEID = \"04\" />"_s.arg(modifier)})
+                << With(Digit1, {false, 0, 0, 65, {}})
+                << u"KEY_1\t\t-> Kein g\u00FCltiger Keyboard Modifier (%1)\r\n"_s.arg(modifier);
+        }
         QTest::newRow("modifier without leading zero, usage lower case")
-            << Lines({u"<KEY_1>"_s, u"<KEYBOARD MODIFIERS = \"5\" USAGEID = \"2a\" />"_s}) << odd << QString();
-
-        Keymap unknownUsage = PhoneDefaults();
-        unknownUsage[PhoneKeys::Digit1] = KeyAction{false, 0, 1, 0, QString()};
+            << Lines({u"<KEY_1>"_s, u"<KEYBOARD MODIFIERS = \"5\" USAGEID = \"2a\" />"_s})
+            << With(Digit1, {false, 0, 5, 8, {}}) << QString();
         QTest::newRow("one-digit usage is unknown")
-            << Lines({u"<KEY_1>"_s, u"<KEYBOARD MODIFIERS = \"01\" USAGEID = \"4\" />"_s}) << unknownUsage
-            << u"KEY_1\t\t-> Unbekannte UsageID (4)\r\n"_s;
+            << Lines({u"<KEY_1>"_s, u"<KEYBOARD MODIFIERS = \"01\" USAGEID = \"4\" />"_s})
+            << With(Digit1, {false, 0, 1, 0, {}}) << u"KEY_1\t\t-> Unbekannte UsageID (4)\r\n"_s;
         QTest::newRow("missing usage quotes")
-            << Lines({u"<KEY_1>"_s, u"<KEYBOARD MODIFIERS = \"01\" USAGEID = 04 />"_s}) << unknownUsage
-            << u"KEY_1\t\t-> Unbekannte UsageID ()\r\n"_s;
-
-        Keymap period = PhoneDefaults();
-        period[PhoneKeys::Digit1] = KeyAction{false, 0, 0, 188, QString()};
+            << Lines({u"<KEY_1>"_s, u"<KEYBOARD MODIFIERS = \"01\" USAGEID = 04 />"_s})
+            << With(Digit1, {false, 0, 1, 0, {}}) << u"KEY_1\t\t-> Unbekannte UsageID ()\r\n"_s;
         QTest::newRow("shared usage reads as the comma")
-            << Lines({u"<KEY_1>"_s, u"<KEYBOARD MODIFIERS = \"00\" USAGEID = \"36\" />"_s}) << period << QString();
-
+            << Lines({u"<KEY_1>"_s, u"<KEYBOARD MODIFIERS = \"00\" USAGEID = \"36\" />"_s})
+            << With(Digit1, {false, 0, 0, 188, {}}) << QString();
         Keymap badButton = PhoneDefaults();
-        badButton[PhoneKeys::Rsk].Comment = u"c"_s;
+        badButton[Rsk].Comment = u"c"_s;
         QTest::newRow("unknown button keeps the action, two leading blanks")
             << Lines({u"<KEY_RSK>"_s, u"<MOUSE BUTTONS = \"Middle\" />  <!-- c -->"_s}) << badButton
             << u"KEY_RSK\t\t  -> Unbekannte Konstante f\u00FCr Mouse Buttons (Middle)\r\n"_s;
-
-        Keymap badMove = PhoneDefaults();
-        badMove[PhoneKeys::Digit(9)] = KeyAction{true, 0, 0, 0, QString()};
         QTest::newRow("unknown movement on a key without action")
-            << Lines({u"<KEY_9>"_s, u"<MOUSE MOVEMENT = \"\" />"_s}) << badMove
+            << Lines({u"<KEY_9>"_s, u"<MOUSE MOVEMENT = \"\" />"_s}) << With(Digit(9), {true, 0, 0, 0, {}})
             << u"KEY_9\t\t-> Unbekannte Konstante f\u00FCr Mouse Movement ()\r\n"_s;
-
-        QTest::newRow("lf-only text is one line") << u"<KEY_1>\n<MOUSE BUTTONS = \"Left\" />\n"_s << PhoneDefaults()
-                                                  << QString();
+        QTest::newRow("lf-only text is one line")
+            << u"<KEY_1>\n<MOUSE BUTTONS = \"Left\" />\n"_s << PhoneDefaults() << QString();
         QTest::newRow("tabs are not trimmed") << Lines({u"\t<KEY_1>"_s, u"<MOUSE BUTTONS = \"Left\" />"_s})
-                                              << [] {
-                                                     Keymap k = PhoneDefaults();
-                                                     k[PhoneKeys::Lsk] = KeyAction{true, 0, 0, 0, {}};
-                                                     return k;
-                                                 }()
-                                              << QString();
-
-        Keymap two = PhoneDefaults();
-        two[PhoneKeys::Digit(2)] = KeyAction{false, 0, 0, 0, QString()};
+                                              << With(Lsk, {true, 0, 0, 0, {}}) << QString();
         QTest::newRow("several errors on one key")
-            << Lines({u"<KEY_2>"_s, u"<KEYBOARD MODIFIERS = \"y\" USAGEID = \"zz\" />"_s}) << two
+            << Lines({u"<KEY_2>"_s, u"<KEYBOARD MODIFIERS = \"y\" USAGEID = \"zz\" />"_s})
+            << With(Digit(2), {false, 0, 0, 0, {}})
             << u"KEY_2\t\t-> Keyboard Modifier ist keine Zahl (y)\r\nKEY_2\t\t-> Unbekannte UsageID (zz)\r\n"_s;
     }
     void read()
@@ -228,10 +195,8 @@ private slots:
     {
         QTemporaryDir dir;
         const QString path = dir.filePath(u"deutsch.lng"_s);
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("[Errors]\r\n12=Beim Lesen folgender Tasten trat ein Fehler auf:\r\nReadError=Lesefehler\r\n");
-        file.close();
+        QVERIFY(WriteFile(path, "[Errors]\r\n12=Beim Lesen folgender Tasten trat ein Fehler auf:\r\n"
+                                "ReadError=Lesefehler\r\n"));
         SetLanguage(path);
         KeymapReadErrors errors;
         errors.List = u"KEY_1\t\t-> a (x)\r\n"_s;

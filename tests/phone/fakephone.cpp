@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "fakephone.h"
 
-#include <QDeadlineTimer>
 #include <QMutexLocker>
-#include <QThread>
 
 #include <chrono>
 
@@ -21,22 +19,17 @@ namespace {
 constexpr quint8 OpConnect = 0x80;
 constexpr quint8 OpDisconnect = 0x81;
 constexpr quint8 OpPut = 0x02;
-constexpr quint8 OpGet = 0x03;
-constexpr quint8 OpSetPath = 0x05;
 constexpr quint8 OpAbort = 0xFF;
 constexpr quint8 FinalBit = 0x80;
 constexpr quint8 OpcodeMask = 0x7F;
 constexpr quint8 RespContinue = 0x90;
 constexpr quint8 RespSuccess = 0xA0;
 constexpr quint8 RespBadRequest = 0xC0;
-constexpr quint8 RespNotFound = 0xC4;
+constexpr quint8 RespForbidden = 0xC3;
 constexpr quint8 HiName = 0x01;
-constexpr quint8 HiType = 0x42;
 constexpr quint8 HiBody = 0x48;
 constexpr quint8 HiEndOfBody = 0x49;
-constexpr quint8 HiLength = 0xC3;
 constexpr quint8 HiConnectionId = 0xCB;
-constexpr qsizetype GetChunkBytes = 1000;
 constexpr int PollIntervalMs = 20;
 
 QByteArray Be16(qsizetype value)
@@ -53,7 +46,6 @@ struct Headers
 {
     QMap<quint8, QByteArray> values;
     QByteArray body;
-    bool hasBody = false;
 };
 
 // Headers by the encoding in the top two bits of their identifier.
@@ -86,7 +78,6 @@ Headers ParseHeaders(QByteArrayView bytes)
         headers.values[id] = value;
         if (id == HiBody || id == HiEndOfBody) {
             headers.body += value;
-            headers.hasBody = true;
         }
         at = valueAt + size;
     }
@@ -177,27 +168,10 @@ QMap<QString, QByteArray> FakePhone::Files() const
     return m_files;
 }
 
-void FakePhone::PutFile(const QString &name, const QByteArray &data)
-{
-    QMutexLocker lock(&m_mutex);
-    m_files[name] = data;
-}
-
 int FakePhone::Disconnects() const
 {
     QMutexLocker lock(&m_mutex);
     return m_disconnects;
-}
-
-bool FakePhone::WaitForRequests(int count, int timeoutMs) const
-{
-    const QDeadlineTimer deadline(timeoutMs);
-    while (Requests().size() < count) {
-        if (deadline.hasExpired())
-            return false;
-        QThread::msleep(5);
-    }
-    return true;
 }
 
 void FakePhone::Loop()
@@ -258,7 +232,7 @@ void FakePhone::HandleLine(const QByteArray &line)
         answer = Answer::Error;
     if (answer == Answer::Silent)
         return;
-    QByteArray reply = m_options.Echo ? line + '\r' : QByteArray();
+    QByteArray reply = line + '\r';
     switch (answer) {
     case Answer::Connect:
         reply += "\r\nCONNECT\r\n";
@@ -323,7 +297,7 @@ void FakePhone::HandleRequest(const QByteArray &packet)
     switch (opcode & OpcodeMask) {
     case OpConnect & OpcodeMask:
         if (opcode == OpConnect) {
-            Reply(RespSuccess, QByteArray::fromHex("10000400") + char(HiConnectionId) + Be32(m_options.ConnectionId));
+            Reply(RespSuccess, QByteArray::fromHex("10000400") + char(HiConnectionId) + Be32(1));
             return;
         }
         break;
@@ -331,7 +305,7 @@ void FakePhone::HandleRequest(const QByteArray &packet)
         ++m_putPackets;
         if (m_putPackets == m_options.RejectPut) {
             m_putting = false;
-            Reply(m_options.RejectCode);
+            Reply(RespForbidden);
             return;
         }
         const Headers headers = ParseHeaders(QByteArrayView(packet).sliced(3));
@@ -339,13 +313,6 @@ void FakePhone::HandleRequest(const QByteArray &packet)
             m_putting = true;
             m_putName = Utf16BeName(headers.values.value(HiName));
             m_putBody.clear();
-            // A final Put without body and length deletes the file.
-            if (final && !headers.hasBody && !headers.values.contains(HiLength)) {
-                m_putting = false;
-                QMutexLocker lock(&m_mutex);
-                Reply(m_files.remove(m_putName) > 0 ? RespSuccess : RespNotFound);
-                return;
-            }
         }
         m_putBody += headers.body;
         if (!final) {
@@ -360,32 +327,6 @@ void FakePhone::HandleRequest(const QByteArray &packet)
         Reply(RespSuccess);
         return;
     }
-    case OpGet: {
-        const Headers headers = ParseHeaders(QByteArrayView(packet).sliced(3));
-        if (headers.values.contains(HiType)) {
-            QByteArray listing = "<?xml version=\"1.0\"?>\n<folder-listing version=\"1.0\">\n";
-            for (const QString &name : Files().keys())
-                listing += "<file name=\"" + name.toUtf8() + "\"/>\n";
-            m_getData = listing + "</folder-listing>\n";
-            m_getSent = 0;
-        } else if (headers.values.contains(HiName)) {
-            const QString name = Utf16BeName(headers.values.value(HiName));
-            if (!Files().contains(name)) {
-                Reply(RespNotFound);
-                return;
-            }
-            m_getData = Files().value(name);
-            m_getSent = 0;
-        }
-        const QByteArray chunk = m_getData.mid(m_getSent, GetChunkBytes);
-        m_getSent += chunk.size();
-        const bool last = m_getSent >= m_getData.size();
-        Reply(last ? RespSuccess : RespContinue, char(last ? HiEndOfBody : HiBody) + Be16(3 + chunk.size()) + chunk);
-        return;
-    }
-    case OpSetPath:
-        Reply(RespSuccess);
-        return;
     case OpDisconnect & OpcodeMask:
         if (opcode == OpDisconnect) {
             Reply(RespSuccess);
@@ -398,7 +339,7 @@ void FakePhone::HandleRequest(const QByteArray &packet)
     case OpAbort & OpcodeMask:
         if (opcode == OpAbort) {
             m_putting = false;
-            Reply(m_options.AbortAnswer);
+            Reply(RespSuccess);
             return;
         }
         break;

@@ -13,8 +13,8 @@
 
 // A phone at the far end of a pseudo-terminal, for tests and benchmarks. It
 // answers the AT dialogue as these phones do (echo of the line, then the result
-// in CR LF ... CR LF), enters OBEX mode on CONNECT and serves Connect, Put, Get,
-// SetPath, Abort and Disconnect. Every request packet and every stored file is
+// in CR LF ... CR LF), enters OBEX mode on CONNECT and serves Connect, Put,
+// Abort and Disconnect. Every request packet and every stored file is
 // kept for comparison. Its OBEX parsing is written from the OBEX standard (big-
 // endian UTF-16 names), independently of the client code under test.
 class FakePhone
@@ -33,18 +33,12 @@ public:
     {
         Answer Eobex = Answer::Connect; // to AT*EOBEX
         Answer Cprot = Answer::Connect; // to AT+CPROT=0
-        bool Echo = true;
         // Requests answered before the phone falls silent (Connect counts); -1 never.
         int StallAfter = -1;
         // Requests answered before the line goes away (the phone closes its end).
         int VanishAfter = -1;
-        // The n-th Put packet (from 1) is answered with RejectCode instead.
+        // The n-th Put packet (from 1) is answered with Forbidden instead.
         int RejectPut = 0;
-        quint8 RejectCode = 0xC3;
-        // The answer to an Abort request.
-        quint8 AbortAnswer = 0xA0;
-        // The Connect answer carries this identifier.
-        quint32 ConnectionId = 1;
         // Bits per second on the line (10 bits a byte, both directions); 0 unthrottled.
         qint64 LineBps = 0;
     };
@@ -67,10 +61,7 @@ public:
     QList<QByteArray> Requests() const;
     // Files stored by completed uploads, by name.
     QMap<QString, QByteArray> Files() const;
-    void PutFile(const QString &name, const QByteArray &data);
     int Disconnects() const;
-    // Waits until the phone has seen this many requests or disconnects.
-    bool WaitForRequests(int count, int timeoutMs) const;
 
 private:
     void Loop();
@@ -96,8 +87,6 @@ private:
     QString m_putName;
     QByteArray m_putBody;
     bool m_putting = false;
-    QByteArray m_getData;
-    qsizetype m_getSent = 0;
 
     mutable QMutex m_mutex;
     QStringList m_atCommands;

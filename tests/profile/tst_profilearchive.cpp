@@ -57,11 +57,8 @@ private:
         int i = 0;
         for (const auto &[entryName, bytes] : entries) {
             const QString source = Path(u"src%1.bin"_s.arg(i++));
-            QFile file(source);
-            if (!file.open(QIODevice::WriteOnly))
+            if (!WriteFile(source, bytes))
                 return {};
-            file.write(bytes);
-            file.close();
             tar.AddFile(source, entryName, QString());
         }
         const QString path = Path(name);
@@ -135,10 +132,7 @@ private slots:
         QVERIFY(!QFile::exists(path));
 
         ProfilePicture undecodable;
-        QFile junk(Path(u"junk.png"_s));
-        QVERIFY(junk.open(QIODevice::WriteOnly));
-        junk.write("not a picture");
-        junk.close();
+        QVERIFY(WriteFile(Path(u"junk.png"_s), "not a picture"));
         QVERIFY(!AdoptPicture(Path(u"junk.png"_s), undecodable));
         QVERIFY(!SaveProfile(path, false, SampleKeymap(), undecodable, &message));
         QCOMPARE(message, ProfileMessage::NoPicture);
@@ -204,9 +198,7 @@ private slots:
             path = WriteArchive(u"missing.hid"_s, list);
         } else {
             path = Path(u"raw.hid"_s);
-            QFile file(path);
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            file.write(archive);
+            QVERIFY(WriteFile(path, archive));
         }
         const OpenedProfile result = OpenProfileArchive(path);
         QCOMPARE(result.Opened, opened);

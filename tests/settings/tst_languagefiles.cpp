@@ -5,12 +5,13 @@
 #include "support/ansitext.h"
 #include "support/inifile.h"
 
+#include "../testfiles.h"
+
 #include <QDirIterator>
 #include <QFile>
 #include <QHash>
 #include <QMap>
 #include <QRegularExpression>
-#include <QSet>
 #include <QStringDecoder>
 #include <QTest>
 
@@ -38,12 +39,6 @@ QString DataPath(const QString &name)
     return QStringLiteral(PADMAPPER_SOURCE_DIR) + "/data/"_L1 + name;
 }
 
-QByteArray ReadBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // The value of a C++ string-literal expression: one or more adjacent literals
 // with an optional u prefix and _s/_L1 suffix, or an empty QString.
 std::optional<QString> LiteralValue(QString expression, const QHash<QString, QString> &constants)
@@ -66,81 +61,47 @@ std::optional<QString> LiteralValue(QString expression, const QHash<QString, QSt
     return value;
 }
 
-// The arguments of a call whose opening parenthesis is just before `from`,
-// split at top-level commas; empty when the call is not closed.
-QStringList CallArguments(const QString &text, qsizetype from)
-{
-    QStringList arguments;
-    int depth = 0;
-    qsizetype start = from;
-    for (qsizetype i = from; i < text.size(); ++i) {
-        const QChar c = text[i];
-        if (c == u'"' || c == u'\'') {
-            for (++i; i < text.size() && text[i] != c; ++i) {
-                if (text[i] == u'\\')
-                    ++i;
-            }
-        } else if (c == u'(' || c == u'{' || c == u'[') {
-            ++depth;
-        } else if (c == u')' || c == u'}' || c == u']') {
-            if (depth == 0) {
-                arguments << text.sliced(start, i - start);
-                return arguments;
-            }
-            --depth;
-        } else if (c == u',' && depth == 0) {
-            arguments << text.sliced(start, i - start);
-            start = i + 1;
-        }
-    }
-    return {};
-}
-
 // Every language lookup in one source file whose section and key are string
 // literals (or constants holding one): LanguageText(section, key, default)
 // itself and the file's one-section helpers such as MainWindowText(key, default).
 QList<Lookup> ScanSource(const QString &path, const QString &relativePath)
 {
-    const QString text = FromAnsi(ReadBytes(path));
+    const QString text = FromAnsi(ReadAll(path));
+    const QString literal = uR"re((?:u?"(?:[^"\\]|\\.)*"\s*)+(?:_s|_L1)?)re"_s;
 
     QHash<QString, QString> constants;
     static const QRegularExpression constant(
         uR"re((?:const|constexpr)\s+(?:QString|auto|QLatin1StringView|QStringView)\s+(\w+)\s*=\s*(u?"[^"\\]*"(?:_s|_L1)?)\s*;)re"_s);
-    for (const QRegularExpressionMatch &m : constant.globalMatch(text)) {
-        if (const auto value = LiteralValue(m.captured(2), {}))
-            constants.insert(m.captured(1), *value);
-    }
+    for (const QRegularExpressionMatch &m : constant.globalMatch(text))
+        constants.insert(m.captured(1), *LiteralValue(m.captured(2), {}));
 
-    QHash<QString, QString> helpers; // helper name -> section
+    QHash<QString, QString> sections { { u"LanguageText"_s, QString() } }; // callee -> fixed section
     static const QRegularExpression helper(
         uR"re(QString\s+(\w+)\s*\(\s*const\s+QString\s*&\s*(\w+)\s*,\s*const\s+QString\s*&\s*(\w+)\s*\)\s*\{\s*return\s+LanguageText\s*\(([^,()]+),\s*\2\s*,\s*\3\s*\)\s*;)re"_s);
     for (const QRegularExpressionMatch &m : helper.globalMatch(text)) {
         if (const auto section = LiteralValue(m.captured(4), constants))
-            helpers.insert(m.captured(1), *section);
+            sections.insert(m.captured(1), *section);
     }
 
-    QStringList callees = helpers.keys();
-    callees << u"LanguageText"_s;
-    const QRegularExpression call(uR"re(\b(%1)\s*\()re"_s.arg(callees.join(u'|')));
+    // callee ( [section ,] key , [default )]
+    const QString argument = u"(%1|\\w+)\\s*,\\s*"_s.arg(literal);
+    const QRegularExpression call(u"\\b(%1)\\s*\\((?:\\s*%2)?\\s*%2(?:(%3|QString\\(\\)|\\{\\})\\s*\\))?"_s.arg(
+        sections.keys().join(u'|'), argument, literal));
     QList<Lookup> lookups;
     for (const QRegularExpressionMatch &m : call.globalMatch(text)) {
         const qsizetype lineStart = text.lastIndexOf(u'\n', m.capturedStart()) + 1;
-        if (text.sliced(lineStart, m.capturedStart() - lineStart).contains("//"_L1))
-            continue;
-        QStringList arguments = CallArguments(text, m.capturedEnd());
         const bool isHelper = m.captured(1) != "LanguageText"_L1;
-        if (isHelper)
-            arguments.prepend(QString());
-        if (arguments.size() != 3)
+        if (text.sliced(lineStart, m.capturedStart() - lineStart).contains("//"_L1)
+            || isHelper == m.hasCaptured(2))
             continue;
-        const auto section
-            = isHelper ? std::optional(helpers.value(m.captured(1))) : LiteralValue(arguments[0], constants);
-        const auto key = LiteralValue(arguments[1], constants);
+        const auto section = isHelper ? std::optional(sections.value(m.captured(1)))
+                                      : LiteralValue(m.captured(2), constants);
+        const auto key = LiteralValue(m.captured(3), constants);
         if (!section || !key || section->isEmpty() || key->isEmpty())
-            continue; // a declaration, a helper's own body or a key built at run time
+            continue; // a helper's own body or a key built at run time
         const auto line = text.first(m.capturedStart()).count(u'\n') + 1;
         lookups.append(Lookup { relativePath + u':' + QString::number(line), *section, *key,
-            LiteralValue(arguments[2], constants) });
+            m.hasCaptured(4) ? LiteralValue(m.captured(4), constants) : std::nullopt });
     }
     return lookups;
 }
@@ -198,7 +159,7 @@ FileContents ListFile(const QString &path)
 {
     FileContents contents;
     QString section;
-    const QStringList lines = FromAnsi(ReadBytes(path)).split("\r\n"_L1);
+    const QStringList lines = FromAnsi(ReadAll(path)).split("\r\n"_L1);
     for (const QString &raw : lines) {
         const QString line = raw.trimmed();
         if (line.isEmpty() || line.startsWith(u';'))
@@ -260,6 +221,13 @@ class tst_LanguageFiles : public QObject {
 private:
     QList<Lookup> m_lookups; // the scanned calls and the run-time keys
 
+    static void FileRows()
+    {
+        QTest::addColumn<QString>("file");
+        for (const QString &name : LanguageFileNames)
+            QTest::newRow(qPrintable(name)) << name;
+    }
+
     static IniFile Load(const QString &name)
     {
         const auto ini = IniFile::Load(DataPath(name));
@@ -298,12 +266,7 @@ private slots:
         ApplyKeyNameLanguage();
     }
 
-    void everyLookedUpKeyIsThere_data()
-    {
-        QTest::addColumn<QString>("file");
-        for (const QString &name : LanguageFileNames)
-            QTest::newRow(qPrintable(name)) << name;
-    }
+    void everyLookedUpKeyIsThere_data() { FileRows(); }
 
     void everyLookedUpKeyIsThere()
     {
@@ -318,15 +281,28 @@ private slots:
         QVERIFY2(missing.isEmpty(), qPrintable(missing.join(u'\n')));
     }
 
-    void bothFilesHaveTheSameKeys()
+    // No duplicates, no value beyond what the reader keeps, the same keys in
+    // both files, and the German texts keep the English placeholders.
+    void bothFilesHaveTheSameKeysAndPlaceholders()
     {
         const FileContents english = ListFile(DataPath(u"English.lng"_s));
         const FileContents german = ListFile(DataPath(u"Deutsch.lng"_s));
         QVERIFY2(english.Problems.isEmpty(), qPrintable(english.Problems.join(u'\n')));
         QVERIFY2(german.Problems.isEmpty(), qPrintable(german.Problems.join(u'\n')));
         QCOMPARE(german.Keys.keys(), english.Keys.keys());
-        for (auto section = english.Keys.cbegin(); section != english.Keys.cend(); ++section)
+        const IniFile englishIni = Load(u"English.lng"_s);
+        const IniFile germanIni = Load(u"Deutsch.lng"_s);
+        QStringList differing;
+        for (auto section = english.Keys.cbegin(); section != english.Keys.cend(); ++section) {
             QCOMPARE(german.Keys.value(section.key()).keys(), section.value().keys());
+            for (const QString &key : section.value().keys()) {
+                const QString en = englishIni.Value(section.key(), key);
+                const QString de = germanIni.Value(section.key(), key);
+                if (Placeholders(en) != Placeholders(de))
+                    differing << u"[%1] %2: \"%3\" / \"%4\""_s.arg(section.key(), key, en, de);
+            }
+        }
+        QVERIFY2(differing.isEmpty(), qPrintable(differing.join(u'\n')));
     }
 
     void englishRepeatsTheBuiltInTexts()
@@ -350,23 +326,6 @@ private slots:
         QVERIFY2(differing.isEmpty(), qPrintable(differing.join(u'\n')));
     }
 
-    void germanKeepsThePlaceholders()
-    {
-        const FileContents english = ListFile(DataPath(u"English.lng"_s));
-        const IniFile englishIni = Load(u"English.lng"_s);
-        const IniFile germanIni = Load(u"Deutsch.lng"_s);
-        QStringList differing;
-        for (auto section = english.Keys.cbegin(); section != english.Keys.cend(); ++section) {
-            for (const QString &key : section.value().keys()) {
-                const QString en = englishIni.Value(section.key(), key);
-                const QString de = germanIni.Value(section.key(), key);
-                if (Placeholders(en) != Placeholders(de))
-                    differing << u"[%1] %2: \"%3\" / \"%4\""_s.arg(section.key(), key, en, de);
-            }
-        }
-        QVERIFY2(differing.isEmpty(), qPrintable(differing.join(u'\n')));
-    }
-
     void accessKeysDoNotCollide_data()
     {
         QTest::addColumn<QString>("file");
@@ -374,26 +333,25 @@ private slots:
         QTest::addColumn<QStringList>("keys");
         QTest::addColumn<bool>("isMenu"); // every entry of a menu has its access key
 
-        const QList<std::tuple<const char *, QString, QStringList, bool>> groups = {
-            { "File menu", u"MainWindow"_s,
-                { u"Menu_Open"_s, u"Menu_Save"_s, u"Menu_SaveAs"_s, u"Menu_Import"_s, u"Menu_Export"_s,
-                    u"Menu_FileUpload"_s, u"Menu_ViewKeymap"_s, u"Menu_Settings"_s, u"Menu_Exit"_s },
+        // The keys that share one window or menu, space-separated.
+        const std::tuple<const char *, const char16_t *, const char16_t *, bool> groups[] = {
+            { "File menu", u"MainWindow",
+                u"Menu_Open Menu_Save Menu_SaveAs Menu_Import Menu_Export Menu_FileUpload Menu_ViewKeymap "
+                u"Menu_Settings Menu_Exit",
                 true },
-            { "Import and Export menus", u"MainWindow"_s, { u"Menu_Picture"_s, u"Menu_Keymap"_s }, true },
-            { "Help menu", u"MainWindow"_s, { u"Menu_Readme"_s, u"Menu_About"_s }, true },
-            { "picture menu", u"MainWindow"_s, { u"Menu_PopUpLoad"_s, u"Menu_PopUpSave"_s }, true },
-            { "main window", u"MainWindow"_s,
-                { u"Menu_File"_s, u"Menu_Help"_s, u"Button_Left"_s, u"Button_Right"_s }, true },
-            { "settings window", u"SettingsWindow"_s,
-                { u"Label_Language"_s, u"Frame_FileTypes"_s, u"Frame_hid"_s, u"Frame_kcf"_s,
-                    u"Frame_PhoneConnection"_s, u"Frame_Port"_s, u"Frame_Speed"_s, u"Button_OK"_s,
-                    u"Button_Abort"_s },
+            { "Import and Export menus", u"MainWindow", u"Menu_Picture Menu_Keymap", true },
+            { "Help menu", u"MainWindow", u"Menu_Readme Menu_About", true },
+            { "picture menu", u"MainWindow", u"Menu_PopUpLoad Menu_PopUpSave", true },
+            { "main window", u"MainWindow", u"Menu_File Menu_Help Button_Left Button_Right", true },
+            { "settings window", u"SettingsWindow",
+                u"Label_Language Frame_FileTypes Frame_hid Frame_kcf Frame_PhoneConnection Frame_Port Frame_Speed "
+                u"Button_OK Button_Abort",
                 false },
         };
         for (const QString &file : LanguageFileNames) {
             for (const auto &[name, section, keys, isMenu] : groups) {
                 QTest::addRow("%s: %s", qPrintable(file.first(file.size() - 4)), name)
-                    << file << section << keys << isMenu;
+                    << file << QString::fromUtf16(section) << QString::fromUtf16(keys).split(u' ') << isMenu;
             }
         }
     }
@@ -424,17 +382,12 @@ private slots:
         QVERIFY2(problems.isEmpty(), qPrintable(problems.join(u'\n')));
     }
 
-    void filesAreWindows1252WithCrLf_data()
-    {
-        QTest::addColumn<QString>("file");
-        for (const QString &name : LanguageFileNames)
-            QTest::newRow(qPrintable(name)) << name;
-    }
+    void filesAreWindows1252WithCrLf_data() { FileRows(); }
 
     void filesAreWindows1252WithCrLf()
     {
         QFETCH(QString, file);
-        const QByteArray bytes = ReadBytes(DataPath(file));
+        const QByteArray bytes = ReadAll(DataPath(file));
         QVERIFY(!bytes.isEmpty());
         QVERIFY2(!bytes.startsWith("\xEF\xBB\xBF") && !bytes.startsWith("\xFF\xFE"), "byte order mark");
         QVERIFY2(bytes.startsWith(';'), "no comment line on top");
@@ -450,36 +403,7 @@ private slots:
         }
     }
 
-    void germanUmlautsSurvive_data()
-    {
-        QTest::addColumn<QString>("section");
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("key name") << u"MainWindow"_s << u"Key_BackSpace"_s << u"Rücktaste"_s;
-        QTest::newRow("label") << u"MainWindow"_s << u"Label_Device"_s << u"Gerät:"_s;
-        QTest::newRow("access key on a capital umlaut")
-            << u"MainWindow"_s << u"Menu_About"_s << u"Ü&ber..."_s;
-        QTest::newRow("message") << u"Errors"_s << u"16"_s << u"Änderungen an %f speichern?"_s;
-        QTest::newRow("line break")
-            << u"Errors"_s << u"15"_s
-            << u"Das Telefon antwortet nicht.\r\nBitte prüfen Sie die Einstellungen oder versuchen Sie es noch einmal."_s;
-    }
-
-    void germanUmlautsSurvive()
-    {
-        QFETCH(QString, section);
-        QFETCH(QString, key);
-        QFETCH(QString, expected);
-        SetLanguage(DataPath(u"Deutsch.lng"_s));
-        QCOMPARE(LanguageText(section, key, u"?"_s), expected);
-    }
-
-    void specialKeyNamesFindTheirKeys_data()
-    {
-        QTest::addColumn<QString>("file");
-        for (const QString &name : LanguageFileNames)
-            QTest::newRow(qPrintable(name)) << name;
-    }
+    void specialKeyNamesFindTheirKeys_data() { FileRows(); }
 
     // The special-key list hands the editor a name, which must lead back to its
     // key: a name shared with another key (or cut short) would pick the wrong one.
