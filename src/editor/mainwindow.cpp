@@ -75,6 +75,13 @@ constexpr std::array<SymbolKeyName, 8> SymbolKeyNames = {{
     {PhoneKeys::Cam, u"Frame_Camera", u"Camera"},
 }};
 
+// The modifier boxes in their order: left Shift, Ctrl, Alt, Windows, then the
+// right ones.
+constexpr std::array<std::int16_t ModifierFlags::*, ActionEditor::ModifierBoxCount> ModifierBoxFlags = {
+    &ModifierFlags::LeftShift,  &ModifierFlags::LeftCtrl,  &ModifierFlags::LeftAlt,  &ModifierFlags::LeftWin,
+    &ModifierFlags::RightShift, &ModifierFlags::RightCtrl, &ModifierFlags::RightAlt, &ModifierFlags::RightWin,
+};
+
 bool IsModifierKey(int virtualKey)
 {
     using namespace ModifierKeys;
@@ -351,11 +358,8 @@ void MainWindow::RefreshKeyDisplay(int index)
         m_editor->CommentBox()->setText(action.Comment);
         int modifiers = action.Modifiers;
         const ModifierFlags flags = ModifierToFlags(modifiers);
-        const std::array<std::int16_t, ActionEditor::ModifierBoxCount> boxes = {
-            flags.LeftShift, flags.LeftCtrl, flags.LeftAlt, flags.LeftWin,
-            flags.RightShift, flags.RightCtrl, flags.RightAlt, flags.RightWin};
         for (int i = 0; i < ActionEditor::ModifierBoxCount; ++i)
-            m_editor->ModifierBox(i)->setChecked(boxes[static_cast<std::size_t>(i)] != 0);
+            m_editor->ModifierBox(i)->setChecked(flags.*ModifierBoxFlags[static_cast<std::size_t>(i)] != 0);
     }
     m_filling = false;
     m_document->SetSaved(saved);
@@ -374,15 +378,8 @@ void MainWindow::ModifierBoxClicked()
     if (m_filling)
         return;
     ModifierFlags flags;
-    const auto box = [this](int i) -> std::int16_t { return m_editor->ModifierBox(i)->isChecked() ? 1 : 0; };
-    flags.LeftShift = box(0);
-    flags.LeftCtrl = box(1);
-    flags.LeftAlt = box(2);
-    flags.LeftWin = box(3);
-    flags.RightShift = box(4);
-    flags.RightCtrl = box(5);
-    flags.RightAlt = box(6);
-    flags.RightWin = box(7);
+    for (int i = 0; i < ActionEditor::ModifierBoxCount; ++i)
+        flags.*ModifierBoxFlags[static_cast<std::size_t>(i)] = m_editor->ModifierBox(i)->isChecked() ? 1 : 0;
     m_document->SetModifiers(m_activeButton, FlagsToModifier(flags));
     UpdateToolTip(0);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "settingswindow.h"
 
+#include "phone/seriallink.h"
 #include "settings/filetypes.h"
 #include "settings/languagetext.h"
 #include "settings/settingsstore.h"
@@ -16,7 +17,6 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
-#include <QSerialPortInfo>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -30,15 +30,6 @@ QString SettingsText(const QString &key, const QString &english)
     return LanguageText(u"SettingsWindow"_s, key, english);
 }
 
-int PortRank(const QString &name)
-{
-    if (name.contains("rfcomm"_L1))
-        return 0;
-    if (name.contains("ttyACM"_L1) || name.contains("ttyUSB"_L1))
-        return 1;
-    return 2;
-}
-
 // A port list that asks the system again each time it opens.
 class PortComboBox : public QComboBox
 {
@@ -48,7 +39,7 @@ public:
     {
         const QString current = currentText();
         clear();
-        addItems(SettingsWindow::AvailablePorts());
+        addItems(OfferedPorts());
         setCurrentText(current);
         QComboBox::showPopup();
     }
@@ -76,25 +67,6 @@ QList<std::pair<QString, QString>> SettingsWindow::LanguageFiles()
         return a.first.compare(b.first, Qt::CaseInsensitive) < 0;
     });
     return files;
-}
-
-QStringList SettingsWindow::AvailablePorts()
-{
-    QStringList ports;
-    for (const QSerialPortInfo &info : QSerialPortInfo::availablePorts()) {
-#ifdef Q_OS_WIN
-        ports << info.portName();
-#else
-        ports << info.systemLocation();
-#endif
-    }
-    ports.removeDuplicates();
-    std::sort(ports.begin(), ports.end(), [](const QString &a, const QString &b) {
-        const int ra = PortRank(a);
-        const int rb = PortRank(b);
-        return ra != rb ? ra < rb : QString::localeAwareCompare(a, b) < 0;
-    });
-    return ports;
 }
 
 SettingsWindow::SettingsWindow(SettingsStore &store, FileTypes &fileTypes, QWidget *parent)
@@ -129,7 +101,7 @@ SettingsWindow::SettingsWindow(SettingsStore &store, FileTypes &fileTypes, QWidg
     m_port = new PortComboBox(connection);
     m_port->setEditable(true);
     m_port->setInsertPolicy(QComboBox::NoInsert);
-    m_port->addItems(AvailablePorts());
+    m_port->addItems(OfferedPorts());
 #ifdef Q_OS_WIN
     m_port->setCurrentText(settings.COMPort != 0 ? u"COM%1"_s.arg(settings.COMPort) : QString());
 #else

@@ -29,9 +29,6 @@ public:
     // The language files found with the program: name without ".lng" and
     // full path, sorted by name.
     static QList<std::pair<QString, QString>> LanguageFiles();
-    // The ports offered: on Windows "COM" and a number, elsewhere device paths,
-    // Bluetooth and USB serial devices first.
-    static QStringList AvailablePorts();
 
 public slots:
     void accept() override;
