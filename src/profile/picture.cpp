@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "picture.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
 
@@ -29,11 +30,41 @@ bool IsProfilePictureName(const QString &fileName)
     return dot >= 0 && ProfilePictureExtensions().contains(fileName.mid(dot + 1).toLower());
 }
 
+QByteArray PictureFormatOf(QByteArrayView head)
+{
+    if (head.startsWith("\x89PNG\r\n\x1a\n"))
+        return "png";
+    if (head.startsWith("\xff\xd8\xff"))
+        return "jpeg";
+    if (head.startsWith("GIF87a") || head.startsWith("GIF89a"))
+        return "gif";
+    if (head.startsWith("BM"))
+        return "bmp";
+    return {};
+}
+
 QImage LoadPictureFile(const QString &path)
 {
-    QImageReader reader(path);
-    reader.setAutoTransform(false);
-    QImage image = reader.read();
+    // Profiles keep their picture in temporary files without a telling name. Left
+    // to guess, the reader would load every image plug-in to ask each of them;
+    // naming the format that the first bytes show goes straight to its decoder.
+    QByteArray format;
+    {
+        QFile file(path);
+        if (file.open(QIODevice::ReadOnly))
+            format = PictureFormatOf(file.peek(8));
+    }
+    QImage image;
+    if (!format.isEmpty()) {
+        QImageReader reader(path, format);
+        reader.setAutoTransform(false);
+        image = reader.read();
+    }
+    if (image.isNull()) {
+        QImageReader reader(path);
+        reader.setAutoTransform(false);
+        image = reader.read();
+    }
     if (image.isNull())
         return {};
     if (!image.hasAlphaChannel())

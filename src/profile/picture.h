@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QByteArray>
+#include <QByteArrayView>
 #include <QImage>
 #include <QRect>
 #include <QString>
@@ -10,6 +12,10 @@
 QStringList ProfilePictureExtensions();
 // Whether a file name's extension (after its last ".", any case) is one of them.
 bool IsProfilePictureName(const QString &fileName);
+
+// The image format that a file's first bytes show ("png", "jpeg", "gif" or
+// "bmp"), for the image reader; empty for anything else.
+QByteArray PictureFormatOf(QByteArrayView head);
 
 // Decodes a picture file; transparent parts become black. A null image when the
 // file cannot be decoded.

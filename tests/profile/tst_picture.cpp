@@ -45,19 +45,26 @@ private slots:
         QCOMPARE(QSize(width, height), shown.size());
     }
 
+    // Pictures come out of profiles as ".tmp" files: the format is told by the bytes.
     void everyProfileFormatDecodes_data()
     {
         QTest::addColumn<QByteArray>("format");
-        for (const char *format : {"bmp", "gif", "jpg", "jpeg", "png"})
-            QTest::newRow(format) << QByteArray(format);
+        QTest::addColumn<QByteArray>("told");
+        QTest::newRow("bmp") << QByteArray("bmp") << QByteArray("bmp");
+        QTest::newRow("gif") << QByteArray("gif") << QByteArray("gif");
+        QTest::newRow("jpg") << QByteArray("jpg") << QByteArray("jpeg");
+        QTest::newRow("png") << QByteArray("png") << QByteArray("png");
+        // Not a profile format, but what the reader knows still decodes.
+        QTest::newRow("ppm") << QByteArray("ppm") << QByteArray();
     }
     void everyProfileFormatDecodes()
     {
         QFETCH(QByteArray, format);
+        QFETCH(QByteArray, told);
         QTemporaryDir dir;
         QImage image(40, 30, QImage::Format_RGB32);
         image.fill(QColor(200, 40, 40));
-        const QString path = dir.filePath(u"picture."_s + QString::fromLatin1(format));
+        const QString path = dir.filePath(u"PMX1234.tmp"_s);
         // Qt reads GIF but does not write it: a minimal GIF made by hand then.
         if (format == "gif") {
             QFile file(path);
@@ -66,9 +73,14 @@ private slots:
         } else {
             QVERIFY2(QImageWriter(path, format).write(image), format.constData());
         }
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(PictureFormatOf(file.read(8)), told);
         const QImage loaded = LoadPictureFile(path);
         QVERIFY(!loaded.isNull());
-        QVERIFY(IsProfilePictureName(path.toUpper()));
+        if (format != "gif")
+            QCOMPARE(loaded.size(), image.size());
+        QCOMPARE(IsProfilePictureName(u"PICTURE."_s + QString::fromLatin1(format).toUpper()), !told.isEmpty());
     }
 
     void transparentPartsBecomeBlack()
