@@ -21,6 +21,7 @@
 #include <QWidget>
 
 #include <algorithm>
+#include <functional>
 #include <cstdio>
 #include <sys/resource.h>
 
@@ -35,14 +36,18 @@ long PeakMemoryKb()
     return usage.ru_maxrss;
 }
 
-// Reports the first paint of a window and ends the program.
+// Reports the first paint of a window and ends the program. For the editor
+// only a paint that shows the profile counts: the document must hold the
+// default profile's picture by then.
 class FirstPaint : public QObject
 {
 public:
+    std::function<bool()> Ready = [] { return true; };
+
     bool eventFilter(QObject *watched, QEvent *event) override
     {
         if (event->type() == QEvent::Paint && watched->isWidgetType()
-            && static_cast<QWidget *>(watched)->isWindow()) {
+            && static_cast<QWidget *>(watched)->isWindow() && Ready()) {
             QMetaObject::invokeMethod(
                 qApp,
                 [] {
@@ -72,6 +77,7 @@ int RunChild(int argc, char *argv[], bool editor, const QString &settingsPath)
     StandardEditorDialogs dialogs;
     SettingsStore store(settingsPath);
     MainWindow window(dialogs, store);
+    watcher.Ready = [&window] { return !window.Doc().Picture().Image.isNull(); };
     window.Startup({});
     const int status = QApplication::exec();
     window.Doc().SetSaved(true);

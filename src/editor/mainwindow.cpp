@@ -215,8 +215,6 @@ void MainWindow::Startup(const QStringList &arguments)
     if (m_settings.Top > 0)
         move(x(), m_settings.Top);
     show();
-    // Let the window appear before the document is read.
-    QCoreApplication::processEvents();
 
     if (!m_settings.HasPort() && m_dialogs.ConfigurePort(this))
         TakeStoredSettings();
