@@ -27,6 +27,7 @@
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QMimeData>
+#include <QThreadPool>
 #include <QUrl>
 #include <QComboBox>
 #include <QDir>
@@ -96,8 +97,14 @@ bool IsModifierKey(int virtualKey)
 MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *parent)
     : QMainWindow(parent), m_dialogs(dialogs), m_store(store)
 {
+    // Setting up the font database takes longer than anything else at start-up.
+    // It runs on a thread of its own while the parts that need no font are made;
+    // the first text to be measured waits for it.
+    QThreadPool::globalInstance()->start([] { (void)QFontDatabase::families(); });
+
     m_document = new Document(this);
     m_keypad = new PhoneKeypad(this);
+    BuildMenus();
     m_editor = new ActionEditor(this);
     m_heldKeys = new HeldKeys(this);
     qApp->installEventFilter(m_heldKeys);
@@ -121,8 +128,6 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
     layout->addWidget(m_keypad, 1);
     layout->addLayout(right, 1);
     setCentralWidget(central);
-
-    BuildMenus();
 
     connect(m_document, &Document::MessageRaised, this, &MainWindow::ShowMessage);
     connect(m_document, &Document::PictureChanged, this, [this] {

@@ -339,6 +339,18 @@ void PaintPhoneBody(QPainter &painter, const PhoneBodyArt &art, const QPalette &
     painter.restore();
 }
 
+QImage RenderKeyCap(const QPainterPath &face, KeyCapStyle style, const KeyCapState &state,
+    const QPalette &palette, qreal unit, QSize size, qreal ratio)
+{
+    QImage image((QSizeF(size) * ratio).toSize(), QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(ratio);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    PaintKeyCap(painter, face, style, state, palette, unit);
+    painter.end();
+    return image;
+}
+
 QColor KeyCapInk(KeyCapStyle style, const KeyCapState &state, const QPalette &palette, bool secondary)
 {
     QColor ink;

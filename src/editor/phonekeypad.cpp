@@ -4,10 +4,15 @@
 #include "profile/picture.h"
 
 #include <QFocusEvent>
+#include <QFontInfo>
+#include <QFontMetricsF>
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
+#include <QPixmapCache>
+#include <QSet>
 #include <QStyle>
+#include <QThreadPool>
 #include <QTransform>
 
 #include <algorithm>
@@ -253,12 +258,30 @@ QRect PixelRect(const QRectF &rect)
     return QRect(topLeft, bottomRight - QPoint(1, 1));
 }
 
-QFont PixelFont(const QFont &base, qreal pixels, QFont::Weight weight)
+// The keys' texts are drawn in the button's own font, scaled by the painter to
+// the size wanted. Every size then shares the font the window already uses:
+// each other size or weight would load a font of its own, and those loads were
+// the larger part of the phone's first paint.
+qreal TextScale(const QFont &font, qreal pixels)
 {
-    QFont font = base;
-    font.setPixelSize(std::max(1, qRound(pixels)));
-    font.setWeight(weight);
-    return font;
+    return pixels / std::max(1, QFontInfo(font).pixelSize());
+}
+
+void DrawScaledText(QPainter &painter, QPointF baseline, qreal scale, const QString &text)
+{
+    painter.save();
+    painter.translate(baseline);
+    painter.scale(scale, scale);
+    painter.drawText(QPointF(0, 0), text);
+    painter.restore();
+}
+
+// How many device pixels a pixel of the widget covers, for drawings kept as
+// pixmaps: the screen's ratio, or the scale of a rendering into a larger image.
+qreal DevicePixelsPerPixel(const QPainter &painter)
+{
+    const qreal scale = std::sqrt(std::abs(painter.deviceTransform().determinant()));
+    return scale > 0 ? scale : 1;
 }
 
 // The small mark of the voicemail key: two rings joined at the bottom.
@@ -313,7 +336,7 @@ void PhoneKeyButton::paintEvent(QPaintEvent *)
     state.Down = IsDrawnDown();
     state.Focused = hasFocus();
     state.Enabled = isEnabled();
-    PaintKeyCap(painter, m_face, m_style, state, palette(), m_unit);
+    PaintCap(painter, state);
 
     const KeySymbol symbol = SymbolOf(m_index);
     if (symbol != KeySymbol::None) {
@@ -327,6 +350,35 @@ void PhoneKeyButton::paintEvent(QPaintEvent *)
     }
 }
 
+QString PhoneKeyButton::CapKey(const KeyCapState &state, qreal ratio) const
+{
+    // The digit keys share one outline, so they share their caps too.
+    const int owner = m_style == KeyCapStyle::Digit ? -1 : m_index;
+    const QRectF bounds = m_face.boundingRect();
+    return QString::asprintf("PhoneKeyCap %d %d %d%d%d %08x %g %g %dx%d %g %g", owner,
+        static_cast<int>(m_style), state.Down, state.Hovered && state.Enabled, state.Focused,
+        KeyAccent(palette()).rgba(), ratio, m_unit, width(), height(), bounds.left(), bounds.top());
+}
+
+void PhoneKeyButton::PaintCap(QPainter &painter, const KeyCapState &state)
+{
+    // A joystick direction at rest shows nothing of its own.
+    if (m_style == KeyCapStyle::JoystickDirection && !state.Down && !state.Focused
+        && !(state.Hovered && state.Enabled))
+        return;
+    // Each look of a cap is drawn once into a pixmap and reused, by the twelve
+    // digit keys alike and by a key that is hovered or pressed again. The keypad
+    // draws the caps at rest ahead of time, together with the body.
+    const qreal ratio = DevicePixelsPerPixel(painter);
+    const QString key = CapKey(state, ratio);
+    QPixmap cap;
+    if (!QPixmapCache::find(key, &cap)) {
+        cap = QPixmap::fromImage(RenderKeyCap(m_face, m_style, state, palette(), m_unit, size(), ratio));
+        QPixmapCache::insert(key, cap);
+    }
+    painter.drawPixmap(0, 0, cap);
+}
+
 void PhoneKeyButton::PaintCaption(QPainter &painter, const KeyCapState &state)
 {
     const QString caption = text();
@@ -334,19 +386,24 @@ void PhoneKeyButton::PaintCaption(QPainter &painter, const KeyCapState &state)
         return;
     const QRectF area
         = m_content.adjusted(1.2 * m_unit, 0, -1.2 * m_unit, 0).translated(0, state.Down ? 0.25 * m_unit : 0);
-    QFont font = PixelFont(this->font(), 5.4 * m_unit, QFont::DemiBold);
+    qreal scale = TextScale(font(), 5.4 * m_unit);
     // Long captions of other languages shrink to fit.
     QString plain = caption;
     plain.remove(u'&');
-    const qreal width = QFontMetricsF(font).horizontalAdvance(plain);
+    const qreal width = QFontMetricsF(font()).horizontalAdvance(plain) * scale;
     if (width > area.width() && width > 0)
-        font.setPixelSize(std::max(1, static_cast<int>(font.pixelSize() * area.width() / width)));
-    painter.setFont(font);
+        scale *= area.width() / width;
+    painter.save();
+    painter.setFont(font());
     painter.setPen(KeyCapInk(m_style, state, palette()));
+    painter.translate(area.center());
+    painter.scale(scale, scale);
     int flags = Qt::AlignCenter | Qt::TextSingleLine;
     flags |= style()->styleHint(QStyle::SH_UnderlineShortcut, nullptr, this) ? Qt::TextShowMnemonic
                                                                              : Qt::TextHideMnemonic;
-    painter.drawText(area, flags, caption);
+    const QSizeF size = area.size() / scale;
+    painter.drawText(QRectF(QPointF(-size.width() / 2, -size.height() / 2), size), flags, caption);
+    painter.restore();
 }
 
 void PhoneKeyButton::PaintDigit(QPainter &painter, const KeyCapState &state)
@@ -356,38 +413,37 @@ void PhoneKeyButton::PaintDigit(QPainter &painter, const KeyCapState &state)
     const bool voicemail = m_index == PhoneKeys::Digit1;
     const QRectF area = m_content.translated(0, state.Down ? 0.25 * m_unit : 0);
 
-    QFont big = PixelFont(font(), 8.2 * m_unit, QFont::Medium);
-    const QFont small = PixelFont(font(), 4.5 * m_unit, QFont::Normal);
+    const QFontMetricsF metrics(font());
+    qreal bigScale = TextScale(font(), 8.2 * m_unit);
+    const qreal smallScale = TextScale(font(), 4.5 * m_unit);
     // The ink's own extent, so that "*" and "#" sit in the middle like the digits.
-    QRectF digitBox = QFontMetricsF(big).tightBoundingRect(digit);
+    const QRectF ink = metrics.tightBoundingRect(digit);
     const qreal gap = 1.4 * m_unit;
     qreal extraWidth = 0;
     if (!letters.isEmpty())
-        extraWidth = gap + QFontMetricsF(small).horizontalAdvance(letters.toString());
+        extraWidth = gap + metrics.horizontalAdvance(letters.toString()) * smallScale;
     else if (voicemail)
         extraWidth = gap + VoicemailWidth * m_unit;
     const qreal available = area.width() - 2 * m_unit;
-    if (digitBox.width() + extraWidth > available && digitBox.width() > 0) {
+    if (ink.width() * bigScale + extraWidth > available && ink.width() > 0) {
         // Text from outside that is wider than a digit.
-        const qreal factor = std::max(0.3, (available - extraWidth) / digitBox.width());
-        big.setPixelSize(std::max(1, static_cast<int>(big.pixelSize() * factor)));
-        digitBox = QFontMetricsF(big).tightBoundingRect(digit);
+        bigScale *= std::max(0.3, (available - extraWidth) / (ink.width() * bigScale));
     }
+    const QRectF digitBox(ink.topLeft() * bigScale, ink.size() * bigScale);
     const qreal total = digitBox.width() + extraWidth;
     const qreal left = area.center().x() - total / 2;
     const qreal baseline = area.center().y() - digitBox.center().y();
 
-    painter.setFont(big);
+    painter.setFont(font());
     painter.setPen(KeyCapInk(m_style, state, palette()));
-    painter.drawText(QPointF(left - digitBox.left(), baseline), digit);
+    DrawScaledText(painter, QPointF(left - digitBox.left(), baseline), bigScale, digit);
 
     const QColor secondary = KeyCapInk(m_style, state, palette(), true);
     const qreal extraLeft = left + digitBox.width() + gap;
     const qreal digitBottom = baseline + digitBox.bottom();
     if (!letters.isEmpty()) {
-        painter.setFont(small);
         painter.setPen(secondary);
-        painter.drawText(QPointF(extraLeft, digitBottom), letters.toString());
+        DrawScaledText(painter, QPointF(extraLeft, digitBottom), smallScale, letters.toString());
     } else if (voicemail) {
         PaintVoicemailMark(painter,
             QRectF(extraLeft, digitBottom - 2.6 * m_unit, VoicemailWidth * m_unit, 2.6 * m_unit), secondary);
@@ -458,7 +514,7 @@ void PhoneScreen::paintEvent(QPaintEvent *)
     if (shown.isEmpty())
         return;
     QPainter painter(this);
-    const qreal ratio = painter.device()->devicePixelRatioF();
+    const qreal ratio = DevicePixelsPerPixel(painter);
     const QSize pixels(qRound(shown.width() * ratio), qRound(shown.height() * ratio));
     // Scaled once per size, not on every paint.
     if (m_scaled.size() != pixels) {
@@ -560,16 +616,94 @@ QSize PhoneKeypad::minimumSizeHint() const
     return (DesignArea.size() * 1.2).toSize();
 }
 
+void PhoneKeypad::RenderBody(qreal ratio)
+{
+    if (m_body.valid() && m_bodySize == size() && qFuzzyCompare(m_bodyRatio, ratio))
+        return;
+    m_bodySize = size();
+    m_bodyRatio = ratio;
+    m_bodyCapsTaken = false;
+    struct CapJob {
+        QString Key;
+        QPainterPath Face;
+        KeyCapStyle Style;
+        QSize Size;
+    };
+    QList<CapJob> caps;
+    QSet<QString> keys;
+    for (const PhoneKeyButton *button : m_buttons) {
+        if (button->Style() == KeyCapStyle::JoystickDirection)
+            continue;
+        QString key = button->CapKey(KeyCapState{}, ratio);
+        if (!keys.contains(key)) {
+            keys.insert(key);
+            // A path of its own: a drawn path keeps caches that two threads must
+            // not share.
+            QPainterPath face;
+            face.setFillRule(button->Face().fillRule());
+            face.addPath(button->Face());
+            caps.append({std::move(key), face, button->Style(), button->size()});
+        }
+    }
+    // Qt's raster engine hands each large fill to the global thread pool in parts
+    // and waits for them, unless it already runs on a thread of that pool. The
+    // body is a dozen such fills, and on a busy or virtual machine each hand-over
+    // costs more than the fill. So the body and the caps at rest are drawn on one
+    // thread of the pool; started when the keypad gets its size, that drawing
+    // also overlaps with reading the document at start-up.
+    auto promise = std::make_shared<std::promise<BodyArt>>();
+    m_body = promise->get_future().share();
+    QThreadPool::globalInstance()->start([promise, caps, art = m_art, palette = palette(),
+                                             pixels = (QSizeF(size()) * ratio).toSize(), ratio] {
+        BodyArt result;
+        result.Body = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
+        result.Body.setDevicePixelRatio(ratio);
+        result.Body.fill(Qt::transparent);
+        QPainter painter(&result.Body);
+        PaintPhoneBody(painter, art, palette);
+        painter.end();
+        for (const CapJob &cap : caps)
+            result.Caps.append(
+                {cap.Key, RenderKeyCap(cap.Face, cap.Style, KeyCapState{}, palette, art.Unit, cap.Size, ratio)});
+        promise->set_value(std::move(result));
+    });
+}
+
 void PhoneKeypad::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    PaintPhoneBody(painter, m_art, palette());
+    RenderBody(DevicePixelsPerPixel(painter));
+    const BodyArt &art = m_body.get();
+    if (!m_bodyCapsTaken) {
+        // The buttons paint after the keypad and find their caps in the cache.
+        for (const auto &[key, cap] : art.Caps)
+            QPixmapCache::insert(key, QPixmap::fromImage(cap));
+        m_bodyCapsTaken = true;
+    }
+    painter.drawImage(QPointF(0, 0), art.Body);
 }
 
 void PhoneKeypad::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
     LayOut();
+}
+
+void PhoneKeypad::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    // The size is known now: the body is drawn while the rest of the window is
+    // made ready. Later sizes are drawn when painted.
+    RenderBody(devicePixelRatioF());
+}
+
+void PhoneKeypad::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) {
+        m_body = {};
+        update();
+    }
 }
 
 void PhoneKeypad::LayOut()
@@ -585,7 +719,22 @@ void PhoneKeypad::LayOut()
     m_screen->setGeometry(display);
     m_screen->SetGlass(toWidget.mapRect(GlassRect).translated(-display.topLeft()));
 
+    // The digit keys all take the outline of the first, moved by whole pixels: so
+    // they look exactly alike, and share one drawing of their cap.
+    const KeyShape firstDigit = ShapeOf(PhoneKeys::Digit1);
+    const QRect firstDigitGeometry = PixelRect(toWidget.mapRect(firstDigit.Cap));
+    const QTransform toFirstDigit
+        = toWidget * QTransform::fromTranslate(-firstDigitGeometry.left(), -firstDigitGeometry.top());
     for (PhoneKeyButton *button : m_buttons) {
+        if (button->Style() == KeyCapStyle::Digit) {
+            const int position = button->Index() - PhoneKeys::Digit1;
+            const QPoint offset(qRound((position % 3) * DigitColumnPitch * scale),
+                qRound((position / 3) * DigitRowPitch * scale));
+            button->setGeometry(firstDigitGeometry.translated(offset));
+            button->SetFace(
+                toFirstDigit.map(firstDigit.Face), toFirstDigit.mapRect(firstDigit.Content), scale);
+            continue;
+        }
         const KeyShape shape = ShapeOf(button->Index());
         const QRect geometry = PixelRect(toWidget.mapRect(shape.Cap));
         button->setGeometry(geometry);

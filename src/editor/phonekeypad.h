@@ -10,6 +10,7 @@
 #include <QWidget>
 
 #include <array>
+#include <future>
 
 // One key of the phone picture: a real button (focusable, Space presses it) that
 // paints itself as a key cap. The keypad gives it its outline.
@@ -30,6 +31,9 @@ public:
     // caption or symbol, and the length of a design unit in pixels.
     void SetFace(const QPainterPath &face, const QRectF &content, qreal unit);
     QPainterPath Face() const { return m_face; }
+    // Names a look of the cap at that device pixel ratio; keys that look alike
+    // share the name.
+    QString CapKey(const KeyCapState &state, qreal ratio) const;
 
 signals:
     void Focused(int index);
@@ -44,6 +48,7 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
+    void PaintCap(QPainter &painter, const KeyCapState &state);
     void PaintCaption(QPainter &painter, const KeyCapState &state);
     void PaintDigit(QPainter &painter, const KeyCapState &state);
 
@@ -113,12 +118,27 @@ signals:
 protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
 private:
     void LayOut();
+    // Starts drawing the body for the present size and palette at that device
+    // pixel ratio, unless that drawing is under way or done.
+    void RenderBody(qreal ratio);
 
     std::array<PhoneKeyButton *, PhoneKeys::Count> m_buttons {};
     PhoneScreen *m_screen = nullptr;
     PhoneBodyArt m_art;
     int m_activeButton = -1;
+    // The body as drawn last with the caps at rest, named by CapKey, and what it
+    // was drawn for.
+    struct BodyArt {
+        QImage Body;
+        QList<std::pair<QString, QImage>> Caps;
+    };
+    std::shared_future<BodyArt> m_body;
+    QSize m_bodySize;
+    qreal m_bodyRatio = 0;
+    bool m_bodyCapsTaken = false; // moved into the pixmap cache
 };
