@@ -103,6 +103,10 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
     QThreadPool::globalInstance()->start([] { (void)QFontDatabase::families(); });
 
     m_document = new Document(this);
+    // Most starts show the default profile: it is read meanwhile as well, and
+    // used at the end of start-up if no other file is opened instead.
+    if (const QString defaultProfile = FindProgramFile(u"Desktop.hid"_s); !defaultProfile.isEmpty())
+        m_document->ReadAhead(defaultProfile);
     m_keypad = new PhoneKeypad(this);
     BuildMenus();
     m_editor = new ActionEditor(this);

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "document.h"
+#include "picture.h"
 
 #include "keymap/keymapreader.h"
 #include "settings/languagetext.h"
 
+#include <QFile>
 #include <QFileInfo>
+#include <QThreadPool>
 
 using namespace Qt::StringLiterals;
 
@@ -118,9 +121,43 @@ void Document::Raise(ProfileMessage message)
                                        DocumentMessage::Icon::Critical});
 }
 
+void Document::ReadAhead(const QString &path)
+{
+    auto promise = std::make_shared<std::promise<ReadAheadProfile>>();
+    m_readAhead = promise->get_future().share();
+    QThreadPool::globalInstance()->start([promise, path] {
+        ReadAheadProfile ahead;
+        ahead.Path = path;
+        const QFileInfo file(path);
+        ahead.Size = file.size();
+        ahead.Modified = file.lastModified();
+        ahead.Opened = OpenProfileArchive(path);
+        if (!ahead.Opened.PictureTempPath.isEmpty())
+            ahead.Picture = LoadPictureFile(ahead.Opened.PictureTempPath);
+        promise->set_value(std::move(ahead));
+    });
+}
+
+std::optional<Document::ReadAheadProfile> Document::TakeReadAhead(const QString &path)
+{
+    if (!m_readAhead.valid())
+        return std::nullopt;
+    ReadAheadProfile ahead = m_readAhead.get();
+    m_readAhead = {};
+    const QFileInfo file(path);
+    if (ahead.Path == path && file.size() == ahead.Size && file.lastModified() == ahead.Modified)
+        return ahead;
+    // Read for another file, or the file changed since: its extracted picture
+    // is of no use.
+    if (!ahead.Opened.PictureTempPath.isEmpty())
+        QFile::remove(ahead.Opened.PictureTempPath);
+    return std::nullopt;
+}
+
 void Document::OpenProfile(const QString &path)
 {
-    const OpenedProfile opened = OpenProfileArchive(path);
+    std::optional<ReadAheadProfile> ahead = TakeReadAhead(path);
+    const OpenedProfile opened = ahead ? ahead->Opened : OpenProfileArchive(path);
     for (const ProfileMessage message : opened.Messages)
         Raise(message);
     if (!opened.Opened)
@@ -130,7 +167,12 @@ void Document::OpenProfile(const QString &path)
     if (!opened.PictureTempPath.isEmpty()) {
         m_picture.PictureTempPath = opened.PictureTempPath;
         m_picture.PictureName = opened.PictureName;
-        AdoptPicture(opened.PictureTempPath);
+        if (ahead) {
+            m_picture.Image = ahead->Picture;
+            emit PictureChanged();
+        } else {
+            AdoptPicture(opened.PictureTempPath);
+        }
     }
     ReadKeymap(opened.KeymapText, true);
     SetSaved(true);

@@ -4,8 +4,13 @@
 #include "keymap/keymap.h"
 #include "profilearchive.h"
 
+#include <QDateTime>
+#include <QImage>
 #include <QObject>
 #include <QString>
+
+#include <future>
+#include <optional>
 
 // A message for the user, worded and titled in the active language; the window
 // shows it in one message box.
@@ -66,6 +71,12 @@ public:
     // an unreadable archive (then nothing changes) or a missing picture or
     // keymap (the rest is opened all the same) are raised on the way.
     void OpenProfile(const QString &path);
+    // Starts reading the profile at path on another thread: its entries are
+    // extracted and its picture decoded. A later OpenProfile of that path, when
+    // the file has not changed since, takes what was read instead of reading it
+    // again; the document itself does not change, and no message is raised,
+    // before then.
+    void ReadAhead(const QString &path);
 
     // Shows the picture at path and keeps a copy of its bytes (unless it is one
     // of the program's own copies). Returns whether it could be decoded.
@@ -89,8 +100,20 @@ private:
     void Edited(PhoneKey key);
     void Raise(ProfileMessage message);
 
+    struct ReadAheadProfile
+    {
+        QString Path;
+        qint64 Size = -1;
+        QDateTime Modified;
+        OpenedProfile Opened;
+        QImage Picture;
+    };
+    // What ReadAhead read for path, if it matches the file as it is now.
+    std::optional<ReadAheadProfile> TakeReadAhead(const QString &path);
+
     Keymap m_keymap;
     ProfilePicture m_picture;
+    std::shared_future<ReadAheadProfile> m_readAhead;
     QString m_currentFile;
     bool m_isSaved = true;
 };

@@ -2,6 +2,7 @@
 #include "keymap/keymap.h"
 #include "keymap/keymapreader.h"
 #include "keymap/keymapwriter.h"
+#include "profile/document.h"
 #include "profile/profilearchive.h"
 #include "profile/tar.h"
 #include "profile/tempfiles.h"
@@ -12,6 +13,7 @@
 #include <QImage>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThreadPool>
 
 using namespace Qt::StringLiterals;
 
@@ -242,6 +244,57 @@ private slots:
         for (const QString &file : files)
             QVERIFY(!QFile::exists(file));
         QVERIFY(TempFiles().isEmpty());
+    }
+
+    // A profile read ahead is used only for the same, unchanged file.
+    void readAheadServesOnlyTheUnchangedFile_data()
+    {
+        QTest::addColumn<QString>("readAhead");
+        QTest::addColumn<bool>("rewrite");
+        QTest::newRow("same file") << u"a.hid"_s << false;
+        QTest::newRow("file changed since") << u"a.hid"_s << true;
+        QTest::newRow("another file") << u"b.hid"_s << false;
+    }
+    void readAheadServesOnlyTheUnchangedFile()
+    {
+        QFETCH(QString, readAhead);
+        QFETCH(bool, rewrite);
+        const auto profile = [this](const QString &name, int width, Qt::GlobalColor colour, int key) {
+            QImage image(width, 20, QImage::Format_RGB32);
+            image.fill(colour);
+            const QString picturePath = Path(name + u".png"_s);
+            Keymap keymap;
+            keymap.ResetToPhoneDefaults();
+            keymap[PhoneKeys::Digit(5)] = KeyAction{false, 0, 0, static_cast<std::int16_t>(key), QString()};
+            ProfilePicture picture;
+            QString path = Path(name);
+            QVERIFY(image.save(picturePath) && AdoptPicture(picturePath, picture));
+            QVERIFY(SaveProfile(path, false, keymap, picture));
+        };
+        profile(u"a.hid"_s, 30, Qt::red, 13);
+        profile(u"b.hid"_s, 31, Qt::green, 27);
+        const qsizetype before = TempFiles().size();
+
+        Document document;
+        document.ReadAhead(Path(readAhead));
+        QThreadPool::globalInstance()->waitForDone();
+        const QStringList extractedAhead = TempFiles().mid(before);
+        QCOMPARE(extractedAhead.size(), 1);
+        if (rewrite)
+            profile(u"a.hid"_s, 32, Qt::blue, 9);
+        document.OpenProfile(Path(u"a.hid"_s));
+
+        const QColor colour = rewrite ? QColor(Qt::blue) : QColor(Qt::red);
+        QCOMPARE(document.Picture().Image.width(), rewrite ? 32 : 30);
+        QCOMPARE(document.Picture().Image.pixelColor(0, 0), colour);
+        QCOMPARE(document.Action(PhoneKeys::Digit(5)).KeyCode, rewrite ? 9 : 13);
+        QCOMPARE(document.CurrentFile(), Path(u"a.hid"_s));
+        QVERIFY(document.IsSaved());
+        // The picture read ahead is the document's, or it is gone.
+        const bool used = readAhead == "a.hid"_L1 && !rewrite;
+        QCOMPARE(document.Picture().PictureTempPath == extractedAhead.at(0), used);
+        QCOMPARE(QFile::exists(extractedAhead.at(0)), used);
+        QVERIFY(QFile::exists(document.Picture().PictureTempPath));
     }
 };
 
