@@ -342,7 +342,10 @@ void PaintPhoneBody(QPainter &painter, const PhoneBodyArt &art, const QPalette &
 QImage RenderKeyCap(const QPainterPath &face, KeyCapStyle style, const KeyCapState &state,
     const QPalette &palette, qreal unit, QSize size, qreal ratio)
 {
-    QImage image((QSizeF(size) * ratio).toSize(), QImage::Format_ARGB32_Premultiplied);
+    const QSize pixels = (QSizeF(size) * ratio).toSize();
+    if (pixels.isEmpty())
+        return {};
+    QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
     image.setDevicePixelRatio(ratio);
     image.fill(Qt::transparent);
     QPainter painter(&image);

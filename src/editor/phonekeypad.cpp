@@ -656,6 +656,10 @@ void PhoneKeypad::RenderBody(qreal ratio)
     QThreadPool::globalInstance()->start([promise, caps, art = m_art, palette = palette(),
                                              pixels = (QSizeF(size()) * ratio).toSize(), ratio] {
         BodyArt result;
+        if (pixels.isEmpty()) {
+            promise->set_value(std::move(result));
+            return;
+        }
         result.Body = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
         result.Body.setDevicePixelRatio(ratio);
         result.Body.fill(Qt::transparent);
