@@ -100,15 +100,18 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
     // Setting up the font database takes longer than anything else at start-up.
     // It runs on a thread of its own while the parts that need no font are made;
     // the first text to be measured waits for it.
-    QThreadPool::globalInstance()->start([] { (void)QFontDatabase::families(); });
+    auto setUpFonts = std::make_shared<std::packaged_task<void()>>([] { (void)QFontDatabase::families(); });
+    m_fontsSetUp = setUpFonts->get_future();
+    QThreadPool::globalInstance()->start([setUpFonts] { (*setUpFonts)(); });
 
     m_document = new Document(this);
-    // Most starts show the default profile: it is read meanwhile as well, and
-    // used at the end of start-up if no other file is opened instead.
-    if (const QString defaultProfile = FindProgramFile(u"Desktop.hid"_s); !defaultProfile.isEmpty())
-        m_document->ReadAhead(defaultProfile);
     m_keypad = new PhoneKeypad(this);
     BuildMenus();
+    // Most starts show the default profile. Read now, it costs no time: the
+    // editor below waits for the fonts anyway. It is used at the end of start-up
+    // unless another file is opened instead.
+    if (const QString defaultProfile = FindProgramFile(u"Desktop.hid"_s); !defaultProfile.isEmpty())
+        m_document->ReadAhead(defaultProfile);
     m_editor = new ActionEditor(this);
     m_heldKeys = new HeldKeys(this);
     qApp->installEventFilter(m_heldKeys);
@@ -168,6 +171,9 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
 MainWindow::~MainWindow()
 {
     qApp->removeEventFilter(m_heldKeys);
+    // The font database must not be set up after the application is gone.
+    if (m_fontsSetUp.valid())
+        m_fontsSetUp.wait();
 }
 
 void MainWindow::BuildMenus()
@@ -253,7 +259,9 @@ void MainWindow::Startup(const QStringList &arguments)
             opened = true;
         }
     }
-    if (!opened)
+    if (opened)
+        m_document->DropReadAhead();
+    else
         OpenDefaultProfile();
     RefreshKeyDisplay(FirstFocusedKey);
     m_keypad->CMD(FirstFocusedKey)->setFocus();

@@ -7,6 +7,7 @@
 #include <QMainWindow>
 #include <QTimer>
 
+#include <future>
 #include <memory>
 
 class ActionEditor;
@@ -110,6 +111,7 @@ private:
 
     EditorDialogs &m_dialogs;
     SettingsStore &m_store;
+    std::future<void> m_fontsSetUp; // the font database, set up on a pool thread
     Settings m_settings;
     Document *m_document = nullptr;
     PhoneKeypad *m_keypad = nullptr;

@@ -248,7 +248,7 @@ void PaintPhoneBody(QPainter &painter, const PhoneBodyArt &art, const QPalette &
     painter.setPen(Qt::NoPen);
 
     // A soft shadow below the body: widening layers of faint black.
-    const bool darkWindow = palette.color(QPalette::Window).lightness() < 128;
+    const bool darkWindow = palette.color(QPalette::Active, QPalette::Window).lightness() < 128;
     const int layers = 8;
     for (int layer = layers; layer >= 1; --layer) {
         const qreal grow = layer * 0.5 * u;
@@ -337,21 +337,6 @@ void PaintPhoneBody(QPainter &painter, const PhoneBodyArt &art, const QPalette &
     painter.setBrush(dish);
     painter.drawEllipse(centre, outer, outer);
     painter.restore();
-}
-
-QImage RenderKeyCap(const QPainterPath &face, KeyCapStyle style, const KeyCapState &state,
-    const QPalette &palette, qreal unit, QSize size, qreal ratio)
-{
-    const QSize pixels = (QSizeF(size) * ratio).toSize();
-    if (pixels.isEmpty())
-        return {};
-    QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
-    image.setDevicePixelRatio(ratio);
-    image.fill(Qt::transparent);
-    QPainter painter(&image);
-    PaintKeyCap(painter, face, style, state, palette, unit);
-    painter.end();
-    return image;
 }
 
 QColor KeyCapInk(KeyCapStyle style, const KeyCapState &state, const QPalette &palette, bool secondary)

@@ -3,7 +3,6 @@
 
 #include <QColor>
 #include <QIcon>
-#include <QImage>
 #include <QLinearGradient>
 #include <QList>
 #include <QPainterPath>
@@ -60,9 +59,6 @@ struct KeyCapState {
 // hover and press, and nothing else is drawn for it but the focus mark.
 void PaintKeyCap(QPainter &painter, const QPainterPath &face, KeyCapStyle style, const KeyCapState &state,
     const QPalette &palette, qreal unit);
-// The cap alone, drawn into a transparent image of size pixels at the ratio.
-QImage RenderKeyCap(const QPainterPath &face, KeyCapStyle style, const KeyCapState &state,
-    const QPalette &palette, qreal unit, QSize size, qreal ratio);
 // The colour of words and symbols on a cap of that style.
 QColor KeyCapInk(
     KeyCapStyle style, const KeyCapState &state, const QPalette &palette, bool secondary = false);

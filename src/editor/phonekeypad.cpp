@@ -4,7 +4,6 @@
 #include "profile/picture.h"
 
 #include <QFocusEvent>
-#include <QFontInfo>
 #include <QFontMetricsF>
 #include <QMouseEvent>
 #include <QPaintEvent>
@@ -14,6 +13,7 @@
 #include <QStyle>
 #include <QThreadPool>
 #include <QTransform>
+#include <QtMath>
 
 #include <algorithm>
 #include <cmath>
@@ -262,9 +262,13 @@ QRect PixelRect(const QRectF &rect)
 // the size wanted. Every size then shares the font the window already uses:
 // each other size or weight would load a font of its own, and those loads were
 // the larger part of the phone's first paint.
-qreal TextScale(const QFont &font, qreal pixels)
+qreal TextScale(const QWidget &widget, qreal pixels)
 {
-    return pixels / std::max(1, QFontInfo(font).pixelSize());
+    const QFont &font = widget.font();
+    // The font's exact size: a 10 point font is 13 1/3 pixels at 96 dpi.
+    const qreal fontPixels
+        = font.pixelSize() > 0 ? font.pixelSize() : font.pointSizeF() * widget.logicalDpiY() / 72.0;
+    return fontPixels > 0 ? pixels / fontPixels : 1;
 }
 
 void DrawScaledText(QPainter &painter, QPointF baseline, qreal scale, const QString &text)
@@ -276,12 +280,49 @@ void DrawScaledText(QPainter &painter, QPointF baseline, qreal scale, const QStr
     painter.restore();
 }
 
-// How many device pixels a pixel of the widget covers, for drawings kept as
-// pixmaps: the screen's ratio, or the scale of a rendering into a larger image.
-qreal DevicePixelsPerPixel(const QPainter &painter)
+DevicePlacement Placement(qreal ratio, QPointF origin)
 {
-    const qreal scale = std::sqrt(std::abs(painter.deviceTransform().determinant()));
-    return scale > 0 ? scale : 1;
+    const auto fraction = [](qreal at) {
+        // In steps of 1/64, so that the same place always gives the same value.
+        const qreal step = std::round((at - std::floor(at)) * 64) / 64;
+        return step >= 1 ? 0.0 : step;
+    };
+    return {ratio > 0 ? ratio : 1, QPointF(fraction(origin.x()), fraction(origin.y()))};
+}
+
+DevicePlacement PlacementOf(const QPainter &painter)
+{
+    const QTransform &transform = painter.deviceTransform();
+    return Placement(std::sqrt(std::abs(transform.determinant())), transform.map(QPointF(0, 0)));
+}
+
+// Where the widget lands when its window is painted at that ratio.
+DevicePlacement PlacementOf(const QWidget &widget, qreal ratio)
+{
+    return Placement(ratio, QPointF(widget.mapTo(widget.window(), QPoint(0, 0))) * ratio);
+}
+
+// A drawing of a widget's size kept as an image, and how it is put down.
+template <typename Paint>
+QImage RenderPlaced(QSize size, const DevicePlacement &at, Paint paint)
+{
+    const QSize pixels(qCeil(size.width() * at.Ratio + at.Fraction.x()),
+                       qCeil(size.height() * at.Ratio + at.Fraction.y()));
+    if (size.isEmpty() || pixels.isEmpty())
+        return {};
+    QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(at.Ratio);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.translate(at.Fraction / at.Ratio);
+    paint(painter);
+    painter.end();
+    return image;
+}
+
+QPointF PlacedOrigin(const DevicePlacement &at)
+{
+    return -at.Fraction / at.Ratio;
 }
 
 // The small mark of the voicemail key: two rings joined at the bottom.
@@ -350,14 +391,15 @@ void PhoneKeyButton::paintEvent(QPaintEvent *)
     }
 }
 
-QString PhoneKeyButton::CapKey(const KeyCapState &state, qreal ratio) const
+QString PhoneKeyButton::CapKey(const KeyCapState &state, qreal ratio, QPointF fraction) const
 {
     // The digit keys share one outline, so they share their caps too.
     const int owner = m_style == KeyCapStyle::Digit ? -1 : m_index;
     const QRectF bounds = m_face.boundingRect();
-    return QString::asprintf("PhoneKeyCap %d %d %d%d%d %08x %g %g %dx%d %g %g", owner,
+    return QString::asprintf("PhoneKeyCap %d %d %d%d%d %08x %g %g,%g %g %dx%d %g %g", owner,
         static_cast<int>(m_style), state.Down, state.Hovered && state.Enabled, state.Focused,
-        KeyAccent(palette()).rgba(), ratio, m_unit, width(), height(), bounds.left(), bounds.top());
+        KeyAccent(palette()).rgba(), ratio, fraction.x(), fraction.y(), m_unit, width(), height(), bounds.left(),
+        bounds.top());
 }
 
 void PhoneKeyButton::PaintCap(QPainter &painter, const KeyCapState &state)
@@ -369,14 +411,16 @@ void PhoneKeyButton::PaintCap(QPainter &painter, const KeyCapState &state)
     // Each look of a cap is drawn once into a pixmap and reused, by the twelve
     // digit keys alike and by a key that is hovered or pressed again. The keypad
     // draws the caps at rest ahead of time, together with the body.
-    const qreal ratio = DevicePixelsPerPixel(painter);
-    const QString key = CapKey(state, ratio);
+    const DevicePlacement at = PlacementOf(painter);
+    const QString key = CapKey(state, at.Ratio, at.Fraction);
     QPixmap cap;
     if (!QPixmapCache::find(key, &cap)) {
-        cap = QPixmap::fromImage(RenderKeyCap(m_face, m_style, state, palette(), m_unit, size(), ratio));
+        cap = QPixmap::fromImage(RenderPlaced(size(), at, [&](QPainter &capPainter) {
+            PaintKeyCap(capPainter, m_face, m_style, state, palette(), m_unit);
+        }));
         QPixmapCache::insert(key, cap);
     }
-    painter.drawPixmap(0, 0, cap);
+    painter.drawPixmap(PlacedOrigin(at), cap);
 }
 
 void PhoneKeyButton::PaintCaption(QPainter &painter, const KeyCapState &state)
@@ -386,7 +430,7 @@ void PhoneKeyButton::PaintCaption(QPainter &painter, const KeyCapState &state)
         return;
     const QRectF area
         = m_content.adjusted(1.2 * m_unit, 0, -1.2 * m_unit, 0).translated(0, state.Down ? 0.25 * m_unit : 0);
-    qreal scale = TextScale(font(), 5.4 * m_unit);
+    qreal scale = TextScale(*this, 5.4 * m_unit);
     // Long captions of other languages shrink to fit.
     QString plain = caption;
     plain.remove(u'&');
@@ -414,8 +458,8 @@ void PhoneKeyButton::PaintDigit(QPainter &painter, const KeyCapState &state)
     const QRectF area = m_content.translated(0, state.Down ? 0.25 * m_unit : 0);
 
     const QFontMetricsF metrics(font());
-    qreal bigScale = TextScale(font(), 8.2 * m_unit);
-    const qreal smallScale = TextScale(font(), 4.5 * m_unit);
+    qreal bigScale = TextScale(*this, 8.2 * m_unit);
+    const qreal smallScale = TextScale(*this, 4.5 * m_unit);
     // The ink's own extent, so that "*" and "#" sit in the middle like the digits.
     const QRectF ink = metrics.tightBoundingRect(digit);
     const qreal gap = 1.4 * m_unit;
@@ -514,7 +558,7 @@ void PhoneScreen::paintEvent(QPaintEvent *)
     if (shown.isEmpty())
         return;
     QPainter painter(this);
-    const qreal ratio = DevicePixelsPerPixel(painter);
+    const qreal ratio = PlacementOf(painter).Ratio;
     const QSize pixels(qRound(shown.width() * ratio), qRound(shown.height() * ratio));
     // Scaled once per size, not on every paint.
     if (m_scaled.size() != pixels) {
@@ -569,13 +613,6 @@ PhoneKeypad::PhoneKeypad(QWidget *parent) : QWidget(parent)
     LayOut();
 }
 
-PhoneKeypad::~PhoneKeypad()
-{
-    // The buttons outlive this part of the object while the widget is torn down.
-    for (PhoneKeyButton *button : m_buttons)
-        disconnect(button, nullptr, this, nullptr);
-}
-
 QAbstractButton *PhoneKeypad::CMD(int index) const
 {
     if (index < 0 || index >= PhoneKeys::Count)
@@ -616,25 +653,37 @@ QSize PhoneKeypad::minimumSizeHint() const
     return (DesignArea.size() * 1.2).toSize();
 }
 
-void PhoneKeypad::RenderBody(qreal ratio)
+PhoneKeypad::~PhoneKeypad()
 {
-    if (m_body.valid() && m_bodySize == size() && qFuzzyCompare(m_bodyRatio, ratio))
+    // The buttons outlive this part of the object while the widget is torn down.
+    for (PhoneKeyButton *button : m_buttons)
+        disconnect(button, nullptr, this, nullptr);
+    // A drawing under way finishes before the program can go.
+    if (m_pendingBody.valid())
+        m_pendingBody.wait();
+}
+
+void PhoneKeypad::RenderBody(const DevicePlacement &at)
+{
+    if (m_bodyDrawn && m_bodySize == size() && m_bodyPlacement == at)
         return;
+    m_bodyDrawn = true;
     m_bodySize = size();
-    m_bodyRatio = ratio;
-    m_bodyCapsTaken = false;
+    m_bodyPlacement = at;
     struct CapJob {
         QString Key;
         QPainterPath Face;
         KeyCapStyle Style;
         QSize Size;
+        DevicePlacement Placement;
     };
     QList<CapJob> caps;
     QSet<QString> keys;
     for (const PhoneKeyButton *button : m_buttons) {
         if (button->Style() == KeyCapStyle::JoystickDirection)
             continue;
-        QString key = button->CapKey(KeyCapState{}, ratio);
+        const DevicePlacement placement = PlacementOf(*button, at.Ratio);
+        QString key = button->CapKey(KeyCapState{}, placement.Ratio, placement.Fraction);
         if (!keys.contains(key)) {
             keys.insert(key);
             // A path of its own: a drawn path keeps caches that two threads must
@@ -642,49 +691,42 @@ void PhoneKeypad::RenderBody(qreal ratio)
             QPainterPath face;
             face.setFillRule(button->Face().fillRule());
             face.addPath(button->Face());
-            caps.append({std::move(key), face, button->Style(), button->size()});
+            caps.append({std::move(key), face, button->Style(), button->size(), placement});
         }
     }
     // Qt's raster engine hands each large fill to the global thread pool in parts
     // and waits for them, unless it already runs on a thread of that pool. The
     // body is a dozen such fills, and on a busy or virtual machine each hand-over
     // costs more than the fill. So the body and the caps at rest are drawn on one
-    // thread of the pool; started when the keypad gets its size, that drawing
-    // also overlaps with reading the document at start-up.
+    // thread of the pool; started when the keypad is shown, that drawing overlaps
+    // with the rest of the start-up.
     auto promise = std::make_shared<std::promise<BodyArt>>();
-    m_body = promise->get_future().share();
-    QThreadPool::globalInstance()->start([promise, caps, art = m_art, palette = palette(),
-                                             pixels = (QSizeF(size()) * ratio).toSize(), ratio] {
-        BodyArt result;
-        if (pixels.isEmpty()) {
+    m_pendingBody = promise->get_future();
+    QThreadPool::globalInstance()->start(
+        [promise, caps, art = m_art, palette = palette(), size = size(), at] {
+            BodyArt result;
+            result.Body = RenderPlaced(size, at, [&](QPainter &painter) { PaintPhoneBody(painter, art, palette); });
+            for (const CapJob &cap : caps)
+                result.Caps.append({cap.Key, RenderPlaced(cap.Size, cap.Placement, [&](QPainter &painter) {
+                                        PaintKeyCap(painter, cap.Face, cap.Style, KeyCapState{}, palette, art.Unit);
+                                    })});
             promise->set_value(std::move(result));
-            return;
-        }
-        result.Body = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
-        result.Body.setDevicePixelRatio(ratio);
-        result.Body.fill(Qt::transparent);
-        QPainter painter(&result.Body);
-        PaintPhoneBody(painter, art, palette);
-        painter.end();
-        for (const CapJob &cap : caps)
-            result.Caps.append(
-                {cap.Key, RenderKeyCap(cap.Face, cap.Style, KeyCapState{}, palette, art.Unit, cap.Size, ratio)});
-        promise->set_value(std::move(result));
-    });
+        });
 }
 
 void PhoneKeypad::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    RenderBody(DevicePixelsPerPixel(painter));
-    const BodyArt &art = m_body.get();
-    if (!m_bodyCapsTaken) {
+    const DevicePlacement at = PlacementOf(painter);
+    RenderBody(at);
+    if (m_pendingBody.valid()) {
+        BodyArt art = m_pendingBody.get();
+        m_body = art.Body;
         // The buttons paint after the keypad and find their caps in the cache.
         for (const auto &[key, cap] : art.Caps)
             QPixmapCache::insert(key, QPixmap::fromImage(cap));
-        m_bodyCapsTaken = true;
     }
-    painter.drawImage(QPointF(0, 0), art.Body);
+    painter.drawImage(PlacedOrigin(at), m_body);
 }
 
 void PhoneKeypad::resizeEvent(QResizeEvent *event)
@@ -698,14 +740,14 @@ void PhoneKeypad::showEvent(QShowEvent *event)
     QWidget::showEvent(event);
     // The size is known now: the body is drawn while the rest of the window is
     // made ready. Later sizes are drawn when painted.
-    RenderBody(devicePixelRatioF());
+    RenderBody(PlacementOf(*this, devicePixelRatioF()));
 }
 
 void PhoneKeypad::changeEvent(QEvent *event)
 {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::PaletteChange) {
-        m_body = {};
+        m_bodyDrawn = false;
         update();
     }
 }

@@ -12,6 +12,19 @@
 #include <array>
 #include <future>
 
+// Where a widget's drawing lands on the device: how many device pixels a pixel
+// covers (the screen's ratio, or the scale of a rendering into a larger image)
+// and how far the widget's origin lies past a whole device pixel, which is more
+// than nothing at fractional ratios. Drawings kept as images are drawn with that
+// offset and put down on whole device pixels, so they land exactly where
+// painting directly would have put them.
+struct DevicePlacement {
+    qreal Ratio = 1;
+    QPointF Fraction;
+
+    bool operator==(const DevicePlacement &) const = default;
+};
+
 // One key of the phone picture: a real button (focusable, Space presses it) that
 // paints itself as a key cap. The keypad gives it its outline.
 class PhoneKeyButton : public QAbstractButton {
@@ -31,9 +44,9 @@ public:
     // caption or symbol, and the length of a design unit in pixels.
     void SetFace(const QPainterPath &face, const QRectF &content, qreal unit);
     QPainterPath Face() const { return m_face; }
-    // Names a look of the cap at that device pixel ratio; keys that look alike
-    // share the name.
-    QString CapKey(const KeyCapState &state, qreal ratio) const;
+    // Names a look of the cap at that device pixel ratio and offset past a whole
+    // device pixel; keys that look alike share the name.
+    QString CapKey(const KeyCapState &state, qreal ratio, QPointF fraction) const;
 
 signals:
     void Focused(int index);
@@ -123,22 +136,23 @@ protected:
 
 private:
     void LayOut();
-    // Starts drawing the body for the present size and palette at that device
-    // pixel ratio, unless that drawing is under way or done.
-    void RenderBody(qreal ratio);
+    // Starts drawing the body for the present size and palette, placed so on the
+    // device, unless that drawing is under way or done.
+    void RenderBody(const DevicePlacement &at);
 
     std::array<PhoneKeyButton *, PhoneKeys::Count> m_buttons {};
     PhoneScreen *m_screen = nullptr;
     PhoneBodyArt m_art;
     int m_activeButton = -1;
-    // The body as drawn last with the caps at rest, named by CapKey, and what it
-    // was drawn for.
+    // The body as drawn last, and what it was drawn for; the drawing under way
+    // also brings the caps at rest, named by CapKey, for the pixmap cache.
     struct BodyArt {
         QImage Body;
         QList<std::pair<QString, QImage>> Caps;
     };
-    std::shared_future<BodyArt> m_body;
+    std::future<BodyArt> m_pendingBody;
+    QImage m_body;
+    bool m_bodyDrawn = false;
     QSize m_bodySize;
-    qreal m_bodyRatio = 0;
-    bool m_bodyCapsTaken = false; // moved into the pixmap cache
+    DevicePlacement m_bodyPlacement;
 };

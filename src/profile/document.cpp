@@ -7,7 +7,6 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QThreadPool>
 
 using namespace Qt::StringLiterals;
 
@@ -22,6 +21,11 @@ QString UnnamedText()
 
 Document::Document(QObject *parent) : QObject(parent)
 {
+}
+
+Document::~Document()
+{
+    DropReadAhead();
 }
 
 bool Document::IsKeymapDocument() const
@@ -123,35 +127,37 @@ void Document::Raise(ProfileMessage message)
 
 void Document::ReadAhead(const QString &path)
 {
-    auto promise = std::make_shared<std::promise<ReadAheadProfile>>();
-    m_readAhead = promise->get_future().share();
-    QThreadPool::globalInstance()->start([promise, path] {
-        ReadAheadProfile ahead;
-        ahead.Path = path;
-        const QFileInfo file(path);
-        ahead.Size = file.size();
-        ahead.Modified = file.lastModified();
-        ahead.Opened = OpenProfileArchive(path);
-        if (!ahead.Opened.PictureTempPath.isEmpty())
-            ahead.Picture = LoadPictureFile(ahead.Opened.PictureTempPath);
-        promise->set_value(std::move(ahead));
-    });
+    DropReadAhead();
+    ReadAheadProfile ahead;
+    ahead.Path = path;
+    const QFileInfo file(path);
+    ahead.Size = file.size();
+    ahead.Modified = file.lastModified();
+    ahead.Opened = OpenProfileArchive(path);
+    if (!ahead.Opened.PictureTempPath.isEmpty())
+        ahead.Picture = LoadPictureFile(ahead.Opened.PictureTempPath);
+    m_readAhead = std::move(ahead);
+}
+
+void Document::DropReadAhead()
+{
+    // Its extracted picture is of no use any more.
+    if (m_readAhead && !m_readAhead->Opened.PictureTempPath.isEmpty())
+        QFile::remove(m_readAhead->Opened.PictureTempPath);
+    m_readAhead.reset();
 }
 
 std::optional<Document::ReadAheadProfile> Document::TakeReadAhead(const QString &path)
 {
-    if (!m_readAhead.valid())
-        return std::nullopt;
-    ReadAheadProfile ahead = m_readAhead.get();
-    m_readAhead = {};
     const QFileInfo file(path);
-    if (ahead.Path == path && file.size() == ahead.Size && file.lastModified() == ahead.Modified)
-        return ahead;
-    // Read for another file, or the file changed since: its extracted picture
-    // is of no use.
-    if (!ahead.Opened.PictureTempPath.isEmpty())
-        QFile::remove(ahead.Opened.PictureTempPath);
-    return std::nullopt;
+    if (!m_readAhead || m_readAhead->Path != path || file.size() != m_readAhead->Size
+        || file.lastModified() != m_readAhead->Modified) {
+        DropReadAhead();
+        return std::nullopt;
+    }
+    std::optional<ReadAheadProfile> ahead = std::move(m_readAhead);
+    m_readAhead.reset();
+    return ahead;
 }
 
 void Document::OpenProfile(const QString &path)

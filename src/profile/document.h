@@ -9,7 +9,6 @@
 #include <QObject>
 #include <QString>
 
-#include <future>
 #include <optional>
 
 // A message for the user, worded and titled in the active language; the window
@@ -34,6 +33,7 @@ class Document : public QObject
 
 public:
     explicit Document(QObject *parent = nullptr);
+    ~Document() override;
 
     const Keymap &CurrentKeymap() const { return m_keymap; }
     const KeyAction &Action(PhoneKey key) const { return m_keymap[key]; }
@@ -71,12 +71,13 @@ public:
     // an unreadable archive (then nothing changes) or a missing picture or
     // keymap (the rest is opened all the same) are raised on the way.
     void OpenProfile(const QString &path);
-    // Starts reading the profile at path on another thread: its entries are
-    // extracted and its picture decoded. A later OpenProfile of that path, when
-    // the file has not changed since, takes what was read instead of reading it
-    // again; the document itself does not change, and no message is raised,
-    // before then.
+    // Reads the profile at path ahead of its opening: its entries are extracted
+    // and its picture decoded, while the document stays as it is and no message
+    // is raised. A later OpenProfile of that path, when the file has not changed
+    // since, takes what was read instead of reading it again.
     void ReadAhead(const QString &path);
+    // Forgets what ReadAhead read, deleting its extracted picture.
+    void DropReadAhead();
 
     // Shows the picture at path and keeps a copy of its bytes (unless it is one
     // of the program's own copies). Returns whether it could be decoded.
@@ -113,7 +114,7 @@ private:
 
     Keymap m_keymap;
     ProfilePicture m_picture;
-    std::shared_future<ReadAheadProfile> m_readAhead;
+    std::optional<ReadAheadProfile> m_readAhead;
     QString m_currentFile;
     bool m_isSaved = true;
 };

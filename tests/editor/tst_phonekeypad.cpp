@@ -10,6 +10,9 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <algorithm>
+#include <cstdlib>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -52,6 +55,22 @@ QRect PictureBounds(const QImage &rendering)
                 bounds |= QRect(x, y, 1, 1);
         }
     return bounds;
+}
+
+// The largest difference of any colour channel between two renderings.
+int LargestDifference(const QImage &a, const QImage &b)
+{
+    if (a.size() != b.size())
+        return 256;
+    int largest = 0;
+    for (int y = 0; y < a.height(); ++y)
+        for (int x = 0; x < a.width(); ++x) {
+            const QRgb p = a.pixel(x, y);
+            const QRgb q = b.pixel(x, y);
+            largest = std::max({largest, std::abs(qRed(p) - qRed(q)), std::abs(qGreen(p) - qGreen(q)),
+                                std::abs(qBlue(p) - qBlue(q)), std::abs(qAlpha(p) - qAlpha(q))});
+        }
+    return largest;
 }
 
 } // namespace
@@ -126,6 +145,41 @@ private slots:
         QVERIFY(at(VolDown).bottom() < at(Cam).top());
         QVERIFY(at(VolUp).top() < screen.bottom());
         QVERIFY(at(Cam).top() > at(Rsk).bottom());
+    }
+
+    // The body and the caps are kept drawn. After a change of palette, size or
+    // scale the keypad looks like one made that way from the start.
+    void keptDrawingsFollowChanges_data()
+    {
+        QTest::addColumn<bool>("dark");
+        QTest::addColumn<QSize>("size");
+        QTest::addColumn<qreal>("ratio");
+        QTest::newRow("dark palette") << true << QSize(260, 520) << 1.0;
+        QTest::newRow("other size") << false << QSize(300, 560) << 1.0;
+        QTest::newRow("ratio 1.5") << false << QSize(260, 520) << 1.5;
+        QTest::newRow("ratio 2, dark, other size") << true << QSize(231, 501) << 2.0;
+    }
+    void keptDrawingsFollowChanges()
+    {
+        QFETCH(bool, dark);
+        QFETCH(QSize, size);
+        QFETCH(qreal, ratio);
+        const QPalette darkPalette(QColor(52, 55, 60), QColor(40, 42, 46));
+        PhoneKeypad changed;
+        changed.resize(260, 520);
+        Key(changed, PhoneKeys::Digit(5))->SetActive(true);
+        (void)Render(changed, 1.0);
+        if (dark)
+            changed.setPalette(darkPalette);
+        changed.resize(size);
+        PhoneKeypad fresh;
+        if (dark)
+            fresh.setPalette(darkPalette);
+        fresh.resize(size);
+        Key(fresh, PhoneKeys::Digit(5))->SetActive(true);
+        const int difference
+            = LargestDifference(Render(changed, ratio).toImage(), Render(fresh, ratio).toImage());
+        QVERIFY2(difference <= 2, qPrintable(QString::number(difference)));
     }
 
     void captions()

@@ -13,7 +13,6 @@
 #include <QImage>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QThreadPool>
 
 using namespace Qt::StringLiterals;
 
@@ -277,7 +276,6 @@ private slots:
 
         Document document;
         document.ReadAhead(Path(readAhead));
-        QThreadPool::globalInstance()->waitForDone();
         const QStringList extractedAhead = TempFiles().mid(before);
         QCOMPARE(extractedAhead.size(), 1);
         if (rewrite)
