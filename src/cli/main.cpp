@@ -31,6 +31,8 @@ Commands:
   pack PICTURE KEYMAP.kcf OUT
                  Write a profile of a picture and a keymap as the editor saves
                  it (".hid" is appended to OUT when it has another extension).
+                 When the keymap has errors, their summary goes to standard
+                 error as with show, and OUT is not written.
   upload PROFILE --port PORT [--speed BPS] [--name NAME]
                  Send a profile to the phone through a serial port (a device
                  such as /dev/rfcomm0; COM3 or 3 on Windows) at BPS bit/s

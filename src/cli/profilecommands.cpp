@@ -62,9 +62,12 @@ int RunPack(const QString &picturePath, const QString &keymapPath, const QString
     KeymapReadErrors errors;
     const bool readErrors = ReadKeymapText(keymap, keymapPath, false, &errors);
     if (readErrors) {
+        // A failing pack writes nothing: a profile of half a keymap, or of the
+        // phone defaults when the file is missing, must not replace OUT.
         const QString summary = KeymapReadSummary(errors);
         (void)WriteKeymapErrorReport(summary);
         WriteStderr(summary);
+        return ExitStatus::Failure;
     }
 
     QString path = outPath;
@@ -74,5 +77,5 @@ int RunPack(const QString &picturePath, const QString &keymapPath, const QString
             Complain(ProfileMessageText(*message));
         return ExitStatus::Failure;
     }
-    return readErrors ? ExitStatus::Failure : ExitStatus::Success;
+    return ExitStatus::Success;
 }

@@ -149,6 +149,9 @@ private slots:
         QTest::newRow("pack a missing picture")
             << QStringList{u"pack"_s, u"%1/none.png"_s, u"%1/k.kcf"_s, u"%1/out"_s} << 1
             << QByteArray("padmapper-cli: no picture file");
+        // Nothing is written when the keymap cannot be read, not even a profile of the defaults.
+        QTest::newRow("pack a missing keymap") << QStringList{u"pack"_s, u"%1/p.png"_s, u"%1/typo.kcf"_s, u"%1/out"_s}
+                                               << 1 << QByteArray("Programinternal Error:\n53 File not found");
         QTest::newRow("show a profile without entries") << QStringList{u"show"_s, u"%1/empty.hid"_s} << 1
                                                         << QByteArray("The Archive contained no Files !");
         QTest::newRow("show a keymap-only profile notes the picture")
