@@ -105,6 +105,7 @@ int main(int argc, char *argv[])
     }
 
     DeleteTempFilesOnTermination();
+    DeleteStaleTempFiles(); // those of earlier runs that were killed
     if (!language.isEmpty())
         SetLanguage(QFileInfo(language).absoluteFilePath());
     ApplyKeyNameLanguage();
