@@ -88,7 +88,8 @@ private slots:
             QVERIFY(QFileInfo::exists(path));
         QCOMPARE(::kill(static_cast<pid_t>(holder.processId()), signalNumber), 0);
         QVERIFY(holder.waitForFinished(10000));
-        // It ends as the signal would have ended it, without the files.
+        // It ends as the signal would have ended it; one it handles takes the files along,
+        // and what a killed program leaves goes at the next start.
         QCOMPARE(holder.exitStatus(), QProcess::CrashExit);
         for (const QString &path : paths)
             QVERIFY2(QFileInfo::exists(path) != handled, qPrintable(path));
