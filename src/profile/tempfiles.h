@@ -24,7 +24,8 @@ QString NewTempFile(const QString &prefix);
 // Removes the private folders, with all in them, of this user's programs that
 // are no longer running. Folders of running programs, of other users, and
 // folders whose lock names no owner yet are left alone. Reads the system's
-// temporary folder once and looks into nothing else but the folders removed.
+// temporary folder once and the lock file of each such folder in it; goes
+// through the contents only of the folders it removes.
 void DeleteStaleTempFiles();
 
 // The files handed out so far, in order.
