@@ -74,6 +74,7 @@ int RunChild(int argc, char *argv[], bool editor, const QString &settingsPath)
         window.show();
         return QApplication::exec();
     }
+    DeleteStaleTempFiles(); // as the editor's main() does
     StandardEditorDialogs dialogs;
     SettingsStore store(settingsPath);
     MainWindow window(dialogs, store);

@@ -13,6 +13,7 @@ int main(int argc, char *argv[])
     QApplication::setApplicationVersion(QStringLiteral(PADMAPPER_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("padmapper"));
     DeleteTempFilesOnTermination();
+    DeleteStaleTempFiles(); // those of earlier runs that were killed
 
     StandardEditorDialogs dialogs;
     SettingsStore store;

@@ -23,14 +23,17 @@ Commands:
                  and write it to standard output exactly as exporting it writes
                  it. When the reader finds errors, their summary goes to
                  standard error, LastReadingError.txt is written and the exit
-                 status is 1. Notes about a profile without picture or keymap
-                 go to standard error without failing.
+                 status is 1. Notes about a profile without picture or keymap,
+                 or one that is cut short, go to standard error without failing.
   list ARCHIVE   List a tar archive: number, size and name of each entry.
   extract ARCHIVE N DEST
-                 Write entry N (counted from 1) of an archive to the file DEST.
+                 Write entry N (counted from 1) of an archive to the file DEST;
+                 an entry that the archive holds only in part is not written.
   pack PICTURE KEYMAP.kcf OUT
                  Write a profile of a picture and a keymap as the editor saves
                  it (".hid" is appended to OUT when it has another extension).
+                 When the keymap has errors, their summary goes to standard
+                 error as with show, and OUT is not written.
   upload PROFILE --port PORT [--speed BPS] [--name NAME]
                  Send a profile to the phone through a serial port (a device
                  such as /dev/rfcomm0; COM3 or 3 on Windows) at BPS bit/s
@@ -102,6 +105,7 @@ int main(int argc, char *argv[])
     }
 
     DeleteTempFilesOnTermination();
+    DeleteStaleTempFiles(); // those of earlier runs that were killed
     if (!language.isEmpty())
         SetLanguage(QFileInfo(language).absoluteFilePath());
     ApplyKeyNameLanguage();

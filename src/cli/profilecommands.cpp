@@ -38,6 +38,13 @@ int RunExtract(const QString &archivePath, const QString &entry, const QString &
         Complain(ProfileMessageText(ProfileMessage::ExtractingArchiveFailed) + u' ' + archivePath);
         return ExitStatus::Failure;
     }
+    // An entry cut short would make a file that looks whole but is not.
+    if (tar.IsCut(number)) {
+        Complain(u"entry %1 of %2 is cut short: the archive holds less than the %3 bytes its header gives"_s.arg(number)
+                     .arg(archivePath)
+                     .arg(tar.Size(number)));
+        return ExitStatus::Failure;
+    }
     if (!tar.ExtractFile(destination, number)) {
         if (number < 1 || number > tar.TotalFiles())
             Complain(u"%1 has no entry %2 (it has %3)"_s.arg(archivePath).arg(number).arg(tar.TotalFiles()));
@@ -62,9 +69,12 @@ int RunPack(const QString &picturePath, const QString &keymapPath, const QString
     KeymapReadErrors errors;
     const bool readErrors = ReadKeymapText(keymap, keymapPath, false, &errors);
     if (readErrors) {
+        // A failing pack writes nothing: a profile of half a keymap, or of the
+        // phone defaults when the file is missing, must not replace OUT.
         const QString summary = KeymapReadSummary(errors);
         (void)WriteKeymapErrorReport(summary);
         WriteStderr(summary);
+        return ExitStatus::Failure;
     }
 
     QString path = outPath;
@@ -74,5 +84,5 @@ int RunPack(const QString &picturePath, const QString &keymapPath, const QString
             Complain(ProfileMessageText(*message));
         return ExitStatus::Failure;
     }
-    return readErrors ? ExitStatus::Failure : ExitStatus::Success;
+    return ExitStatus::Success;
 }

@@ -50,13 +50,17 @@ QString ProfileMessageText(ProfileMessage message)
         return LanguageText(u"Errors"_s, key, u"The Profile contains no Picture !"_s);
     case ProfileMessage::NoKeymapEntry:
         return LanguageText(u"Errors"_s, key, u"The Profile contains no Keymap !"_s);
+    case ProfileMessage::ArchiveDamaged:
+        return LanguageText(u"Errors"_s, u"ArchiveDamaged"_s,
+                            u"The Archive is damaged: a file in it is cut short. What could be read is shown."_s);
     }
     return {};
 }
 
 bool IsProfileNote(ProfileMessage message)
 {
-    return message == ProfileMessage::NoPictureEntry || message == ProfileMessage::NoKeymapEntry;
+    return message == ProfileMessage::NoPictureEntry || message == ProfileMessage::NoKeymapEntry
+           || message == ProfileMessage::ArchiveDamaged;
 }
 
 QString ProfileMessageTitle(ProfileMessage message)
@@ -138,7 +142,9 @@ OpenedProfile OpenProfileArchive(const QString &path)
         return opened;
     }
     opened.Opened = true;
+    bool damaged = false;
     for (int entry = 1; entry <= tar.TotalFiles(); ++entry) {
+        damaged = damaged || tar.IsCut(entry);
         const QString name = tar.Filename(entry);
         const QString extension = LowerExtension(name);
         if (ProfilePictureExtensions().contains(extension)) {
@@ -153,6 +159,9 @@ OpenedProfile OpenProfileArchive(const QString &path)
             opened.KeymapText = FromAnsi(tar.FileToArray(entry));
         }
     }
+    // The damage comes first: it explains any note that follows.
+    if (damaged)
+        opened.Messages << ProfileMessage::ArchiveDamaged;
     if (opened.PictureTempPath.isEmpty())
         opened.Messages << ProfileMessage::NoPictureEntry;
     if (opened.KeymapText.isEmpty())

@@ -9,8 +9,8 @@
 
 class Keymap;
 
-// What went wrong or is worth a note when saving or opening a profile; the
-// number is the message's key in the language file's "Errors" section.
+// What went wrong or is worth a note when saving or opening a profile; a
+// number up to 7 is the message's key in the language file's "Errors" section.
 enum class ProfileMessage {
     NoPicture = 1,
     CreatingArchiveFailed = 3,
@@ -18,10 +18,13 @@ enum class ProfileMessage {
     ArchiveEmpty = 5,
     NoPictureEntry = 6,
     NoKeymapEntry = 7,
+    // An entry's header promises more data than the file holds (a download or
+    // copy cut short); what is there is used all the same. Key "ArchiveDamaged".
+    ArchiveDamaged = 100,
 };
 
-// The localised text and title of a message; notes (6 and 7) carry the
-// "Exclamation" title, the others "Caption".
+// The localised text and title of a message; notes (6, 7 and ArchiveDamaged)
+// carry the "Exclamation" title, the others "Caption".
 QString ProfileMessageText(ProfileMessage message);
 QString ProfileMessageTitle(ProfileMessage message);
 bool IsProfileNote(ProfileMessage message);

@@ -124,6 +124,7 @@ bool cTar::GetContents(const QString &archivePath)
     if (!file.open(QIODevice::ReadOnly))
         return false;
     const qint64 fileSize = file.size();
+    m_archiveSize = fileSize;
     qint64 position = 0;
     while (position + BlockSize <= fileSize) {
         if (!file.seek(position))
@@ -166,6 +167,11 @@ QString cTar::Filename(int entry) const
 std::int32_t cTar::Size(int entry) const
 {
     return IsBadIndex(entry) ? 0 : m_entries[entry - 1].Size;
+}
+
+bool cTar::IsCut(int entry) const
+{
+    return !IsBadIndex(entry) && m_entries[entry - 1].DataOffset + m_entries[entry - 1].Size > m_archiveSize;
 }
 
 bool cTar::IsDir(int entry) const

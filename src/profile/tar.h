@@ -49,17 +49,21 @@ public:
 
     // The entry's data. A bad number, a directory or an empty entry give the
     // placeholder: one byte 0. Data the header promises beyond the end of the
-    // file is not there and not returned.
+    // file is not there and not returned (see IsCut).
     QByteArray FileToArray(int entry) const;
 
     // Writes the entry's data to a file, making its folder as needed. False for
     // a bad number, for data that is the placeholder (empty, or the single byte
-    // 0), or when the file cannot be written.
+    // 0), or when the file cannot be written. Of a cut entry it writes what the
+    // archive holds: a caller that needs the whole entry asks IsCut first.
     [[nodiscard]] bool ExtractFile(const QString &destination, int entry) const;
 
     QString Filename(int entry) const;
     bool IsDir(int entry) const;
     std::int32_t Size(int entry) const;
+    // True when the entry's header promises more data than the archive held
+    // when it was listed: the file was cut short. False for a bad number.
+    bool IsCut(int entry) const;
     const QList<TarEntry> &Entries() const { return m_entries; }
 
     void AddFile(const QString &sourcePath, const QString &nameInArchive, const QString &content);
@@ -78,6 +82,7 @@ private:
     bool IsBadIndex(int entry) const;
 
     QString m_archivePath;
+    qint64 m_archiveSize = 0;
     QList<TarEntry> m_entries;
     QList<PendingFile> m_pending;
 };

@@ -3,9 +3,12 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QLockFile>
 #include <QMutex>
 #include <QMutexLocker>
 #include <QRandomGenerator>
+#include <QTemporaryDir>
 
 #include <array>
 #include <atomic>
@@ -13,6 +16,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 #ifdef Q_OS_UNIX
 #include <unistd.h>
@@ -28,10 +32,28 @@ constexpr std::size_t SignalSlotCount = 4096;
 std::array<std::atomic<char *>, SignalSlotCount> g_signalSlots{};
 std::atomic<std::size_t> g_signalSlotsUsed{0};
 
+// The private folder: this prefix and six random letters or digits. It holds
+// the lock file and the temporary files, nothing else.
+constexpr auto FolderPrefix = "padmapper-files-"_L1;
+constexpr auto OwnerLockName = "owner.lock"_L1;
+// File names carry a number from 1 to FFFF, as the system's own temporary
+// names do; they also become entry names inside an uploaded profile.
+constexpr quint32 NameNumbers = 0xFFFF;
+
+struct TempFileList;
+void ReleaseFolder(TempFileList &list);
+
 struct TempFileList
 {
     QMutex mutex;
     QStringList paths;
+    QString folder; // "" until the first file
+    std::unique_ptr<QLockFile> owner;
+
+    // A normal end of the program without DeleteTempFiles() leaves nothing
+    // either: the lock alone would go, and a folder without lock is never
+    // taken for a stale one.
+    ~TempFileList() { ReleaseFolder(*this); }
 };
 
 TempFileList &List()
@@ -40,7 +62,39 @@ TempFileList &List()
     return list;
 }
 
-constexpr int CreateAttempts = 100;
+// Unlocks first: the lock file is to go by the lock's own hand.
+void ReleaseFolder(TempFileList &list)
+{
+    list.owner.reset();
+    if (!list.folder.isEmpty())
+        QDir(list.folder).removeRecursively();
+    list.folder.clear();
+}
+
+// The private folder, made (for the user alone) and locked when there is none
+// yet or it has vanished (a cleaner of the temporary folder); "" when it
+// cannot be made.
+QString OwnFolder(TempFileList &list)
+{
+    if (!list.folder.isEmpty() && QFileInfo(list.folder).isDir())
+        return list.folder;
+    ReleaseFolder(list);
+    // A temporary folder that does not exist comes back as "": never the
+    // current folder instead.
+    const QString system = QDir::tempPath();
+    if (system.isEmpty())
+        return {};
+    QTemporaryDir folder(QDir(system).filePath(FolderPrefix + "XXXXXX"_L1));
+    if (!folder.isValid())
+        return {};
+    auto owner = std::make_unique<QLockFile>(folder.filePath(OwnerLockName));
+    if (!owner->tryLock(0))
+        return {};
+    folder.setAutoRemove(false);
+    list.folder = folder.path();
+    list.owner = std::move(owner);
+    return list.folder;
+}
 
 void RegisterForSignals(const QString &path)
 {
@@ -68,19 +122,22 @@ extern "C" void DeleteTempFilesAndEnd(int signalNumber)
 
 QString NewTempFile(const QString &prefix)
 {
-    const QString folder = QDir::tempPath();
-    for (int attempt = 0; attempt < CreateAttempts; ++attempt) {
-        const QString name = prefix + QString::number(QRandomGenerator::global()->bounded(0x1000000u), 16)
-                                          .toUpper()
-                                          .rightJustified(6, u'0')
-                             + ".tmp"_L1;
-        const QString path = QDir(folder).filePath(name);
+    TempFileList &list = List();
+    const QMutexLocker lock(&list.mutex);
+    const QString folderPath = OwnFolder(list);
+    if (folderPath.isEmpty())
+        return {};
+    const QDir folder(folderPath);
+    // Only this program's own files can hold a name in its folder: counting on
+    // from a random start finds a free one quickly.
+    const quint32 start = QRandomGenerator::global()->bounded(NameNumbers);
+    for (quint32 i = 0; i < NameNumbers; ++i) {
+        const quint32 number = (start + i) % NameNumbers + 1;
+        const QString path = folder.filePath(prefix + QString::number(number, 16).toUpper() + ".tmp"_L1);
         QFile file(path);
         if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly,
                       QFileDevice::ReadOwner | QFileDevice::WriteOwner)) {
             file.close();
-            TempFileList &list = List();
-            const QMutexLocker lock(&list.mutex);
             list.paths << path;
             RegisterForSignals(path);
             return path;
@@ -89,6 +146,36 @@ QString NewTempFile(const QString &prefix)
             return {}; // the folder itself refuses new files
     }
     return {};
+}
+
+void DeleteStaleTempFiles()
+{
+    const QString system = QDir::tempPath();
+    if (system.isEmpty())
+        return;
+    const QFileInfoList folders = QDir(system)
+                                      .entryInfoList({FolderPrefix + u'*'},
+                                                     QDir::Dirs | QDir::NoSymLinks | QDir::NoDotAndDotDot
+                                                         | QDir::Hidden | QDir::CaseSensitive);
+    for (const QFileInfo &folder : folders) {
+#ifdef Q_OS_UNIX
+        if (folder.ownerId() != ::geteuid())
+            continue;
+#endif
+        // A folder being made has no lock yet: only a lock whose owner is
+        // gone (not running, or running since before the last boot) is stale.
+        const QString lockPath = QDir(folder.absoluteFilePath()).filePath(OwnerLockName);
+        if (!QFileInfo::exists(lockPath))
+            continue;
+        QLockFile lock(lockPath);
+        // Never by age: an editor may run for days. (The owner's lock on the
+        // file also keeps it, where the file system supports such locks.)
+        lock.setStaleLockTime(0);
+        if (lock.tryLock(0)) {
+            lock.unlock();
+            QDir(folder.absoluteFilePath()).removeRecursively();
+        }
+    }
 }
 
 QStringList TempFiles()
@@ -106,6 +193,7 @@ void DeleteTempFiles()
         QFile::remove(path);
     list.paths.clear();
     ForgetForSignals();
+    ReleaseFolder(list);
 }
 
 void DeleteTempFilesOnTermination()

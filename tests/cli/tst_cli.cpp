@@ -149,8 +149,15 @@ private slots:
         QTest::newRow("pack a missing picture")
             << QStringList{u"pack"_s, u"%1/none.png"_s, u"%1/k.kcf"_s, u"%1/out"_s} << 1
             << QByteArray("padmapper-cli: no picture file");
+        // Nothing is written when the keymap cannot be read, not even a profile of the defaults.
+        QTest::newRow("pack a missing keymap") << QStringList{u"pack"_s, u"%1/p.png"_s, u"%1/typo.kcf"_s, u"%1/out"_s}
+                                               << 1 << QByteArray("Programinternal Error:\n53 File not found");
         QTest::newRow("show a profile without entries") << QStringList{u"show"_s, u"%1/empty.hid"_s} << 1
                                                         << QByteArray("The Archive contained no Files !");
+        QTest::newRow("extract a cut entry") << QStringList{u"extract"_s, u"%1/cut.hid"_s, u"2"_s, u"%1/x"_s} << 1
+                                             << QByteArray("padmapper-cli: entry 2 of %1/cut.hid is cut short");
+        QTest::newRow("show a cut profile notes the damage")
+            << QStringList{u"show"_s, u"%1/cut.hid"_s} << 0 << QByteArray("The Archive is damaged");
         QTest::newRow("show a keymap-only profile notes the picture")
             << QStringList{u"show"_s, u"%1/k.tar"_s} << 0 << QByteArray("The Profile contains no Picture !");
     }
@@ -171,6 +178,8 @@ private slots:
                                              u"k.kcf"_s})
                 == 0);
         QVERIFY(WriteFile(dir.filePath(u"empty.hid"_s), QByteArray(1024, '\0')));
+        // cut.hid: the profile without its end block and the keymap's last ten bytes.
+        QVERIFY(WriteFile(dir.filePath(u"cut.hid"_s), ReadAll(dir.filePath(u"two.hid"_s)).chopped(522)));
 
         QStringList expanded;
         for (const QString &argument : arguments)

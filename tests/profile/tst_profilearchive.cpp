@@ -179,11 +179,15 @@ private slots:
         QTest::addColumn<QStringList>("entries");
         QTest::addColumn<bool>("opened");
         QTest::addColumn<QList<int>>("messages");
-        QTest::newRow("only a keymap") << QByteArray() << QStringList{u"a.kcf"_s} << true << QList<int>{6};
-        QTest::newRow("only a picture") << QByteArray() << QStringList{u"a.gif"_s} << true << QList<int>{7};
-        QTest::newRow("neither") << QByteArray() << QStringList{u"a.txt"_s} << true << QList<int>{6, 7};
-        QTest::newRow("no entries") << QByteArray(1024, '\0') << QStringList() << false << QList<int>{5};
-        QTest::newRow("not a tar file") << QByteArray(2000, 'z') << QStringList() << true << QList<int>{6, 7};
+        QTest::addColumn<int>("cut"); // bytes cut off the end of the archive
+        QTest::newRow("only a keymap") << QByteArray() << QStringList{u"a.kcf"_s} << true << QList<int>{6} << 0;
+        QTest::newRow("only a picture") << QByteArray() << QStringList{u"a.gif"_s} << true << QList<int>{7} << 0;
+        QTest::newRow("neither") << QByteArray() << QStringList{u"a.txt"_s} << true << QList<int>{6, 7} << 0;
+        QTest::newRow("no entries") << QByteArray(1024, '\0') << QStringList() << false << QList<int>{5} << 0;
+        QTest::newRow("not a tar file") << QByteArray(2000, 'z') << QStringList() << true << QList<int>{6, 7} << 0;
+        // End block, padding and half of the keymap's four bytes gone.
+        QTest::newRow("cut inside its keymap") << QByteArray() << QStringList{u"a.png"_s, u"a.kcf"_s} << true
+                                               << QList<int>{int(ProfileMessage::ArchiveDamaged)} << 1022;
     }
     void openReportsWhatIsMissing()
     {
@@ -191,12 +195,14 @@ private slots:
         QFETCH(QStringList, entries);
         QFETCH(bool, opened);
         QFETCH(QList<int>, messages);
+        QFETCH(int, cut);
         QString path;
         if (archive.isEmpty()) {
             QList<std::pair<QString, QByteArray>> list;
             for (const QString &name : entries)
                 list.append({name, "data"});
             path = WriteArchive(u"missing.hid"_s, list);
+            QVERIFY(QFile::resize(path, QFileInfo(path).size() - cut));
         } else {
             path = Path(u"raw.hid"_s);
             QVERIFY(WriteFile(path, archive));
