@@ -159,7 +159,12 @@ int RunUpload(const QStringList &arguments)
     UploadRequest request;
     request.Port = PortFromArgument(port, speed);
     request.RemoteName = name.isEmpty() ? RemoteProfileName(profile) : name;
-    request.WriteProfileCopy = [profile] { return CopyToTempFile(profile); };
+    bool copyFailed = false; // and said why
+    request.WriteProfileCopy = [profile, &copyFailed] {
+        const QString copy = CopyToTempFile(profile);
+        copyFailed = copy.isEmpty();
+        return copy;
+    };
 
     ProfileUpload upload(request);
     const bool terminal = StdoutIsTerminal();
@@ -196,6 +201,7 @@ int RunUpload(const QStringList &arguments)
     case UploadResult::Failed:
         break;
     }
-    Complain(upload.ErrorText());
+    if (!copyFailed)
+        Complain(upload.ErrorText());
     return ExitStatus::Failure;
 }

@@ -251,10 +251,10 @@ void MainWindow::Startup(const QStringList &arguments)
         const QString extension = QFileInfo(path).suffix().toLower();
         if (extension == "hid"_L1 || extension == "tar"_L1) {
             QCoreApplication::processEvents();
-            opened = m_document->OpenProfile(QFileInfo(path).absoluteFilePath());
+            opened = m_document->OpenProfile(AbsoluteFilePath(path));
             m_document->SetSaved(true);
-        } else if (extension == "kcf"_L1 && m_document->ReadKeymap(path, false)) {
-            m_document->SetCurrentFile(QFileInfo(path).absoluteFilePath());
+        } else if (extension == "kcf"_L1 && m_document->ReadKeymap(AbsoluteFilePath(path), false)) {
+            m_document->SetCurrentFile(AbsoluteFilePath(path));
             UpdateCaption();
             m_document->SetSaved(true);
             opened = true;
@@ -535,13 +535,13 @@ void MainWindow::OpenFile(const QString &path)
     const QString extension = info.suffix().toLower();
     if (extension == "hid"_L1 || extension == "tar"_L1) {
         m_settings.HidPath = info.absolutePath();
-        m_document->OpenProfile(info.absoluteFilePath());
+        m_document->OpenProfile(AbsoluteFilePath(path));
     } else if (extension == "kcf"_L1) {
         // Keymaps opened here move the profile folder, as they always did.
         m_settings.HidPath = info.absolutePath();
-        if (!m_document->ReadKeymap(info.absoluteFilePath(), false))
+        if (!m_document->ReadKeymap(AbsoluteFilePath(path), false))
             return;
-        m_document->SetCurrentFile(info.absoluteFilePath());
+        m_document->SetCurrentFile(AbsoluteFilePath(path));
         RefreshKeyDisplay(-1);
         UpdateCaption();
     }
@@ -693,7 +693,7 @@ void MainWindow::DropFile(const QString &path)
 {
     const QString extension = QFileInfo(path).suffix().toLower();
     if (extension == "hid"_L1 || extension == "tar"_L1) {
-        m_document->OpenProfile(QFileInfo(path).absoluteFilePath());
+        m_document->OpenProfile(AbsoluteFilePath(path));
     } else if (extension == "kcf"_L1) {
         m_document->ReadKeymap(path, false);
     } else if (IsProfilePictureName(path)) {

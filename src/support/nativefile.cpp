@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "nativefile.h"
 
+#include <QDir>
 #include <QFile>
 #include <QRandomGenerator>
 
@@ -13,7 +14,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #else
-#include <QDir>
 #include <QFileInfo>
 #include <QSaveFile>
 #endif
@@ -162,6 +162,16 @@ QByteArray EncodeFileName(QStringView name)
             ++i;
     }
     return bytes;
+}
+
+QString AbsoluteFilePath(const QString &path)
+{
+    if (path.startsWith(u'/'))
+        return QDir::cleanPath(path);
+    char *folder = ::getcwd(nullptr, 0);
+    const QString absolute = DecodeFileName(folder ? folder : "") + u'/' + path;
+    std::free(folder);
+    return QDir::cleanPath(absolute);
 }
 
 bool PathExists(const QString &path)
@@ -366,6 +376,11 @@ QString DecodeFileName(QByteArrayView name)
 QByteArray EncodeFileName(QStringView name)
 {
     return QFile::encodeName(name.toString());
+}
+
+QString AbsoluteFilePath(const QString &path)
+{
+    return QFileInfo(path).absoluteFilePath();
 }
 
 bool PathExists(const QString &path)

@@ -45,6 +45,9 @@ QString DecodeFileName(QByteArrayView name);
 QByteArray EncodeFileName(QStringView name);
 // The program's arguments after its own name, decoded as file names.
 QStringList DecodeArguments(int argc, const char *const *argv);
+// The path made absolute against the working folder and cleaned, by text
+// alone: QFileInfo's own would pass it through the lossy conversion.
+QString AbsoluteFilePath(const QString &path);
 
 // Whether anything (a file, folder, pipe ...) is at the path.
 bool PathExists(const QString &path);

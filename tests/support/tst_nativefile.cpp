@@ -46,6 +46,10 @@ private slots:
         QCOMPARE(::access((QFile::encodeName(m_dir.path()) + '/' + bytes).constData(), F_OK), 0);
         QFile file;
         QVERIFY(OpenForReading(file, path));
+        const QString previous = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(m_dir.path()));
+        QCOMPARE(AbsoluteFilePath(text), path);
+        QVERIFY(QDir::setCurrent(previous));
         QVERIFY(RemoveFile(path));
     }
 
