@@ -177,9 +177,8 @@ private slots:
         QVERIFY(!window.Doc().IsSaved());
     }
 
-    // A command-line file that is there but cannot be read gets a message (one
-    // that is not there none), then the default profile; Open of it says the
-    // same and changes nothing.
+    // A command-line file that is there but cannot be read is named, then the
+    // default profile comes; Open of it says the same and changes nothing.
     void commandLineFileThatCannotBeRead_data()
     {
         QTest::addColumn<QString>("name");

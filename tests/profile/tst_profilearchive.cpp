@@ -247,7 +247,6 @@ private slots:
         QCOMPARE(messages, QStringList({u"The Profile contains no Picture !"_s,
                                         u"Programinternal Error:\r\n7 Out of memory\r\n"_s + path
                                             + u": the file is too large"_s}));
-        QCOMPARE(document.CurrentFile(), path);
     }
 
 #ifdef Q_OS_UNIX
@@ -280,11 +279,7 @@ private slots:
         QCOMPARE(document.Picture().PictureTempPath, before.PictureTempPath);
         QCOMPARE(document.Picture().Image, before.Image);
         QVERIFY(document.CurrentFile().isEmpty());
-        QString saved = Path(u"saved.hid"_s);
-        QVERIFY(document.SaveProfile(saved, false));
-        cTar tar;
-        QVERIFY(tar.GetContents(saved));
-        QCOMPARE(tar.FileToArray(1), ReadAll(Path(u"small.png"_s)));
+        QCOMPARE(ReadAll(before.PictureTempPath), ReadAll(Path(u"small.png"_s)));
     }
 #endif
 
