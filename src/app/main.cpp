@@ -3,6 +3,7 @@
 #include "editor/mainwindow.h"
 #include "profile/tempfiles.h"
 #include "settings/settingsstore.h"
+#include "support/nativefile.h"
 
 #include <QApplication>
 
@@ -18,7 +19,9 @@ int main(int argc, char *argv[])
     StandardEditorDialogs dialogs;
     SettingsStore store;
     MainWindow window(dialogs, store);
-    window.Startup(QApplication::arguments().mid(1));
+    // From argv, which QApplication has rid of its own options: a file name that
+    // is not UTF-8 must reach the file system byte for byte.
+    window.Startup(DecodeArguments(argc, argv));
     const int status = QApplication::exec();
     DeleteTempFiles();
     return status;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "clioutput.h"
 
+#include "support/nativefile.h"
+
 #include <cstdio>
 
 #ifdef Q_OS_WIN
@@ -27,7 +29,12 @@ void WriteStderr(const QString &message)
 #endif
     if (!text.endsWith(u'\n'))
         text += u'\n';
+#ifdef Q_OS_WIN
     const QByteArray bytes = text.toLocal8Bit();
+#else
+    // File names in messages come out as the system spelled them.
+    const QByteArray bytes = EncodeFileName(text);
+#endif
     std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stderr);
     std::fflush(stderr);
 }

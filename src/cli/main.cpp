@@ -6,6 +6,7 @@
 #include "profilecommands.h"
 #include "settings/languagetext.h"
 #include "showcommand.h"
+#include "support/nativefile.h"
 #include "uploadcommand.h"
 
 #include <QCoreApplication>
@@ -64,7 +65,9 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationName(u"padmapper-cli"_s);
     QCoreApplication::setApplicationVersion(QString::fromLatin1(PADMAPPER_VERSION));
 
-    QStringList args = QCoreApplication::arguments().mid(1);
+    // Taken from argv as the system passed them: a file name that is not
+    // UTF-8 must reach the file system byte for byte.
+    const QStringList args = DecodeArguments(argc, argv);
     QString language;
     QStringList positional;
     for (qsizetype i = 0; i < args.size(); ++i) {
@@ -85,7 +88,7 @@ int main(int argc, char *argv[])
             } else {
                 return UsageError(u"--language needs a file"_s);
             }
-            if (!QFileInfo(language).isFile())
+            if (!IsRegularFile(language))
                 return UsageError(u"no language file %1"_s.arg(language));
             continue;
         }

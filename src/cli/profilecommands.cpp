@@ -6,8 +6,9 @@
 #include "keymap/keymapreader.h"
 #include "profile/profilearchive.h"
 #include "profile/tar.h"
+#include "settings/filemessage.h"
 
-#include <QFileInfo>
+#include <QFile>
 
 using namespace Qt::StringLiterals;
 
@@ -15,7 +16,7 @@ int RunList(const QString &archivePath)
 {
     cTar tar;
     if (!tar.GetContents(archivePath)) {
-        Complain(ProfileMessageText(ProfileMessage::ExtractingArchiveFailed) + u' ' + archivePath);
+        Complain(ProfileMessageText(ProfileMessage::ExtractingArchiveFailed, tar.LastFileError()));
         return ExitStatus::Failure;
     }
     QString listing;
@@ -35,7 +36,7 @@ int RunExtract(const QString &archivePath, const QString &entry, const QString &
     }
     cTar tar;
     if (!tar.GetContents(archivePath)) {
-        Complain(ProfileMessageText(ProfileMessage::ExtractingArchiveFailed) + u' ' + archivePath);
+        Complain(ProfileMessageText(ProfileMessage::ExtractingArchiveFailed, tar.LastFileError()));
         return ExitStatus::Failure;
     }
     // An entry cut short would make a file that looks whole but is not.
@@ -46,11 +47,12 @@ int RunExtract(const QString &archivePath, const QString &entry, const QString &
         return ExitStatus::Failure;
     }
     if (!tar.ExtractFile(destination, number)) {
-        if (number < 1 || number > tar.TotalFiles())
+        if (tar.LastFileError().Any())
+            Complain(ProfileMessageText(ProfileMessage::CreatingFileFailed, tar.LastFileError()));
+        else if (number < 1 || number > tar.TotalFiles())
             Complain(u"%1 has no entry %2 (it has %3)"_s.arg(archivePath).arg(number).arg(tar.TotalFiles()));
         else
-            Complain(u"entry %1 was not extracted to %2 (it is empty, or the file cannot be written)"_s.arg(number).arg(
-                destination));
+            Complain(u"entry %1 is empty and was not extracted to %2"_s.arg(number).arg(destination));
         return ExitStatus::Failure;
     }
     return ExitStatus::Success;
@@ -58,12 +60,18 @@ int RunExtract(const QString &archivePath, const QString &entry, const QString &
 
 int RunPack(const QString &picturePath, const QString &keymapPath, const QString &outPath)
 {
-    if (!QFileInfo(picturePath).isFile()) {
-        Complain(u"no picture file %1"_s.arg(picturePath));
+    QFile pictureFile;
+    FileError pictureError;
+    if (!OpenForReading(pictureFile, picturePath, &pictureError)) {
+        Complain(FileFailureMessage(u"no picture file"_s, pictureError));
         return ExitStatus::Failure;
     }
+    pictureFile.close();
     ProfilePicture picture;
-    (void)AdoptPicture(picturePath, picture);
+    if (FileError copyError; !AdoptPicture(picturePath, picture, &copyError) && copyError.Any()) {
+        Complain(ProfileMessageText(ProfileMessage::CreatingFileFailed, copyError));
+        return ExitStatus::Failure;
+    }
 
     Keymap keymap;
     KeymapReadErrors errors;
@@ -71,17 +79,16 @@ int RunPack(const QString &picturePath, const QString &keymapPath, const QString
     if (readErrors) {
         // A failing pack writes nothing: a profile of half a keymap, or of the
         // phone defaults when the file is missing, must not replace OUT.
-        const QString summary = KeymapReadSummary(errors);
-        (void)WriteKeymapErrorReport(summary);
-        WriteStderr(summary);
+        WriteStderr(ReportKeymapErrors(errors));
         return ExitStatus::Failure;
     }
 
     QString path = outPath;
     std::optional<ProfileMessage> message;
-    if (!SaveProfile(path, false, keymap, picture, &message)) {
+    FileError cause;
+    if (!SaveProfile(path, false, keymap, picture, &message, &cause)) {
         if (message)
-            Complain(ProfileMessageText(*message));
+            Complain(ProfileMessageText(*message, cause));
         return ExitStatus::Failure;
     }
     return ExitStatus::Success;

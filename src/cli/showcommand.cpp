@@ -28,9 +28,10 @@ int RunShow(const QString &path)
     if (IsProfilePath(path)) {
         const OpenedProfile profile = OpenProfileArchive(path);
         for (const ProfileMessage message : profile.Messages)
-            WriteStderr(ProfileMessageText(message));
+            WriteStderr(ProfileMessageText(message, profile.Problem));
         if (!profile.Opened)
             return ExitStatus::Failure;
+        errors = profile.KeymapErrors;
         failed = ReadKeymapText(keymap, profile.KeymapText, true, &errors);
     } else {
         failed = ReadKeymapText(keymap, path, false, &errors);
@@ -38,9 +39,6 @@ int RunShow(const QString &path)
     WriteStdout(ToAnsi(WriteKeymapText(keymap) + "\r\n"_L1));
     if (!failed)
         return ExitStatus::Success;
-    const QString summary = KeymapReadSummary(errors);
-    if (WriteKeymapErrorReport(summary).isEmpty())
-        Complain(u"could not write the error report %1"_s.arg(QLatin1StringView(KeymapErrorReportName)));
-    WriteStderr(summary);
+    WriteStderr(ReportKeymapErrors(errors));
     return ExitStatus::Failure;
 }

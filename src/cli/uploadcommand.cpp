@@ -3,10 +3,11 @@
 
 #include "clioutput.h"
 #include "phone/profileupload.h"
+#include "profile/profilearchive.h"
 #include "profile/tempfiles.h"
+#include "settings/filemessage.h"
 
 #include <QFile>
-#include <QFileInfo>
 #include <QRegularExpression>
 
 #include <atomic>
@@ -82,17 +83,15 @@ PortSettings PortFromArgument(const QString &port, qint32 speed)
     return settings;
 }
 
+// The copy that is sent, or "" after saying why it could not be made.
 QString CopyToTempFile(const QString &profile)
 {
-    const QString path = NewTempFile(u"PMX"_s);
-    if (path.isEmpty())
-        return QString();
-    QFile source(profile);
-    QFile copy(path);
-    if (!source.open(QIODevice::ReadOnly) || !copy.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return QString();
-    const QByteArray bytes = source.readAll();
-    return copy.write(bytes) == bytes.size() && copy.flush() ? path : QString();
+    FileError error;
+    const QString path = MakeTempFile(error);
+    if (!path.isEmpty() && CopyWholeFile(profile, path, &error))
+        return path;
+    Complain(ProfileMessageText(ProfileMessage::CreatingFileFailed, error));
+    return QString();
 }
 
 // Draws "[#####.....]  42%  126.0 of 292.9 KB, 11 KB/s" over the current
@@ -151,15 +150,21 @@ int RunUpload(const QStringList &arguments)
         return UsageError(u"upload needs a profile"_s);
     if (port.isEmpty())
         return UsageError(u"upload needs --port"_s);
-    if (!QFileInfo(profile).isFile()) {
-        Complain(u"no profile %1"_s.arg(profile));
+    FileError profileError;
+    if (QFile file; !OpenForReading(file, profile, &profileError)) {
+        Complain(FileFailureMessage(u"no profile"_s, profileError));
         return ExitStatus::Failure;
     }
 
     UploadRequest request;
     request.Port = PortFromArgument(port, speed);
     request.RemoteName = name.isEmpty() ? RemoteProfileName(profile) : name;
-    request.WriteProfileCopy = [profile] { return CopyToTempFile(profile); };
+    bool copyFailed = false; // and said why
+    request.WriteProfileCopy = [profile, &copyFailed] {
+        const QString copy = CopyToTempFile(profile);
+        copyFailed = copy.isEmpty();
+        return copy;
+    };
 
     ProfileUpload upload(request);
     const bool terminal = StdoutIsTerminal();
@@ -196,6 +201,7 @@ int RunUpload(const QStringList &arguments)
     case UploadResult::Failed:
         break;
     }
-    Complain(upload.ErrorText());
+    if (!copyFailed)
+        Complain(upload.ErrorText());
     return ExitStatus::Failure;
 }

@@ -17,6 +17,7 @@
 #include "profile/tempfiles.h"
 #include "settings/languagetext.h"
 #include "settings/readme.h"
+#include "support/nativefile.h"
 #include "support/programpaths.h"
 
 #include <QAbstractButton>
@@ -243,17 +244,17 @@ void MainWindow::Startup(const QStringList &arguments)
             path = close < 0 ? path.mid(open + 1) : path.mid(open + 1, close - open - 1);
         }
     }
+    // A file that is not there is passed over in silence; one that is there
+    // but cannot be read gets its message before the default document comes.
     bool opened = false;
-    if (!path.isEmpty() && QFileInfo(path).isFile()) {
+    if (!path.isEmpty() && PathExists(path)) {
         const QString extension = QFileInfo(path).suffix().toLower();
         if (extension == "hid"_L1 || extension == "tar"_L1) {
             QCoreApplication::processEvents();
-            m_document->OpenProfile(QFileInfo(path).absoluteFilePath());
+            opened = m_document->OpenProfile(AbsoluteFilePath(path));
             m_document->SetSaved(true);
-            opened = true;
-        } else if (extension == "kcf"_L1) {
-            m_document->ReadKeymap(path, false);
-            m_document->SetCurrentFile(QFileInfo(path).absoluteFilePath());
+        } else if (extension == "kcf"_L1 && m_document->ReadKeymap(AbsoluteFilePath(path), false)) {
+            m_document->SetCurrentFile(AbsoluteFilePath(path));
             UpdateCaption();
             m_document->SetSaved(true);
             opened = true;
@@ -507,10 +508,10 @@ void MainWindow::ShowMessage(const DocumentMessage &message)
     m_dialogs.ShowMessage(this, message);
 }
 
-void MainWindow::ShowWriteFailed()
+void MainWindow::ShowWriteFailed(const FileError &cause)
 {
-    ShowMessage(DocumentMessage{LanguageText(u"Errors"_s, u"8"_s, u"Creating File failed !"_s),
-                                LanguageText(u"Errors"_s, u"Caption"_s, u"Error"_s),
+    ShowMessage(DocumentMessage{ProfileMessageText(ProfileMessage::CreatingFileFailed, cause),
+                                ProfileMessageTitle(ProfileMessage::CreatingFileFailed),
                                 DocumentMessage::Icon::Critical});
 }
 
@@ -534,12 +535,13 @@ void MainWindow::OpenFile(const QString &path)
     const QString extension = info.suffix().toLower();
     if (extension == "hid"_L1 || extension == "tar"_L1) {
         m_settings.HidPath = info.absolutePath();
-        m_document->OpenProfile(info.absoluteFilePath());
+        m_document->OpenProfile(AbsoluteFilePath(path));
     } else if (extension == "kcf"_L1) {
         // Keymaps opened here move the profile folder, as they always did.
         m_settings.HidPath = info.absolutePath();
-        m_document->ReadKeymap(info.absoluteFilePath(), false);
-        m_document->SetCurrentFile(info.absoluteFilePath());
+        if (!m_document->ReadKeymap(AbsoluteFilePath(path), false))
+            return;
+        m_document->SetCurrentFile(AbsoluteFilePath(path));
         RefreshKeyDisplay(-1);
         UpdateCaption();
     }
@@ -553,9 +555,10 @@ bool MainWindow::Save()
     const QString extension = QFileInfo(file).suffix().toLower();
     bool saved = false;
     if (extension == "kcf"_L1) {
-        saved = WriteKeymapText(m_document->CurrentKeymap(), file);
+        FileError cause;
+        saved = WriteKeymapText(m_document->CurrentKeymap(), file, &cause);
         if (!saved)
-            ShowWriteFailed();
+            ShowWriteFailed(cause);
     } else {
         QString path = file;
         saved = m_document->SaveProfile(path, false);
@@ -590,8 +593,8 @@ bool MainWindow::SaveAs()
     if (path.isEmpty())
         return false;
     m_settings.KcfPath = QFileInfo(path).absolutePath();
-    if (!WriteKeymapText(m_document->CurrentKeymap(), path)) {
-        ShowWriteFailed();
+    if (FileError cause; !WriteKeymapText(m_document->CurrentKeymap(), path, &cause)) {
+        ShowWriteFailed(cause);
         return false;
     }
     m_document->SetCurrentFile(path);
@@ -624,8 +627,8 @@ void MainWindow::ImportKeymap()
     if (path.isEmpty())
         return;
     m_settings.KcfPath = QFileInfo(path).absolutePath();
-    m_document->ReadKeymap(path, false);
-    m_document->SetSaved(false);
+    if (m_document->ReadKeymap(path, false))
+        m_document->SetSaved(false);
 }
 
 void MainWindow::ExportPicture()
@@ -645,18 +648,8 @@ void MainWindow::ExportPicture()
     if (path.isEmpty())
         return;
     m_settings.PicPath = QFileInfo(path).absolutePath();
-    // Replace the target only once the copy is complete.
-    const QString partial = path + ".part"_L1;
-    QFile::remove(partial);
-    if (!QFile::copy(picture.PictureTempPath, partial)) {
-        ShowWriteFailed();
-        return;
-    }
-    QFile::remove(path);
-    if (!QFile::rename(partial, path)) {
-        QFile::remove(partial);
-        ShowWriteFailed();
-    }
+    if (FileError cause; !CopyWholeFile(picture.PictureTempPath, path, &cause))
+        ShowWriteFailed(cause);
 }
 
 void MainWindow::ExportKeymap()
@@ -669,8 +662,8 @@ void MainWindow::ExportKeymap()
     if (path.isEmpty())
         return;
     m_settings.KcfPath = QFileInfo(path).absolutePath();
-    if (!WriteKeymapText(m_document->CurrentKeymap(), path))
-        ShowWriteFailed();
+    if (FileError cause; !WriteKeymapText(m_document->CurrentKeymap(), path, &cause))
+        ShowWriteFailed(cause);
 }
 
 void MainWindow::ViewKeymap()
@@ -700,7 +693,7 @@ void MainWindow::DropFile(const QString &path)
 {
     const QString extension = QFileInfo(path).suffix().toLower();
     if (extension == "hid"_L1 || extension == "tar"_L1) {
-        m_document->OpenProfile(QFileInfo(path).absoluteFilePath());
+        m_document->OpenProfile(AbsoluteFilePath(path));
     } else if (extension == "kcf"_L1) {
         m_document->ReadKeymap(path, false);
     } else if (IsProfilePictureName(path)) {
@@ -754,11 +747,14 @@ void MainWindow::SendProfile()
     request.RemoteName = RemoteProfileName(m_document->CurrentFile());
     // Called by the upload window on this thread, before its worker starts.
     request.WriteProfileCopy = [this] {
-        QString path = NewTempFile(u"PMX"_s);
-        if (path.isEmpty())
+        FileError error;
+        QString path = MakeTempFile(error);
+        if (path.isEmpty()) {
+            ShowWriteFailed(error);
             return QString();
+        }
         if (!m_document->SaveProfile(path, true)) {
-            QFile::remove(path);
+            RemoveFile(path);
             return QString();
         }
         return path;

@@ -3,6 +3,7 @@
 
 #include "keymap/keyactiontext.h"
 #include "settings/settingsstore.h"
+#include "support/nativefile.h"
 
 #include <QMainWindow>
 #include <QTimer>
@@ -91,7 +92,7 @@ protected:
 private:
     void BuildMenus();
     void ShowMessage(const DocumentMessage &message);
-    void ShowWriteFailed();
+    void ShowWriteFailed(const FileError &cause);
     void OpenDefaultProfile();
     void CountdownTick();
     void CaptureKeyboard(int index);

@@ -2,15 +2,18 @@
 #include "keymapreader.h"
 
 #include "keytable.h"
+#include "settings/filemessage.h"
 #include "settings/languagetext.h"
 #include "support/ansitext.h"
 #include "support/programpaths.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
 #include <QRegularExpression>
 
+#include <cerrno>
 #include <cmath>
 #include <optional>
 #include <limits>
@@ -26,10 +29,6 @@ constexpr auto KeyboardPrefix = "<KEYBOARD MODIF"_L1;
 constexpr auto LineEnd = "\r\n"_L1;
 constexpr PhoneKey NoKey = -1;
 constexpr qsizetype AlignedNameLength = 8;
-
-// Keymaps are a few kilobytes; beyond this a file is surely no keymap, and
-// holding it would only exhaust memory.
-constexpr qint64 LargestReadableFile = 256 * 1024 * 1024;
 
 // Error numbers and texts in the manner the program has always reported faults
 // outside the keys.
@@ -208,36 +207,46 @@ void KeymapReader::AddError(QStringView message, QStringView value)
     m_errors.append(message).append(value).append(u')').append(LineEnd);
 }
 
-// The whole file as text; on failure sets the internal error of *errors.
-QString ReadKeymapFile(const QString &path, KeymapReadErrors &errors)
+} // namespace
+
+std::optional<QString> ReadKeymapFile(const QString &path, KeymapReadErrors &errors)
 {
-    QFile file(path);
-    const QFileInfo info(path);
-    if (!info.exists()) {
+    QFile file;
+    FileError error;
+    if (OpenForReading(file, path, &error) && file.size() > LargestKeymapSize) {
+        errors = KeymapTooLarge(path);
+        return std::nullopt;
+    }
+    const QByteArray bytes = error.Any() ? QByteArray() : file.readAll();
+    if (!error.Any() && file.error() == QFileDevice::NoError)
+        return FromAnsi(bytes);
+    if (error.Problem == FileProblem::Missing) {
         errors.InternalErrorNumber = ErrorFileNotFound;
         errors.InternalErrorDescription = u"File not found"_s;
-        return {};
-    }
-    if (info.isFile() && info.size() > LargestReadableFile) {
-        errors.InternalErrorNumber = ErrorOutOfMemory;
-        errors.InternalErrorDescription = u"Out of memory"_s;
-        return {};
-    }
-    if (!info.isFile() || !file.open(QIODevice::ReadOnly)) {
+    } else {
         errors.InternalErrorNumber = ErrorPathFileAccess;
         errors.InternalErrorDescription = u"Path/File access error"_s;
-        return {};
+        errors.File = error.Any() ? error : FileError{FileProblem::Other, path, EIO};
     }
-    return FromAnsi(file.readAll());
+    return std::nullopt;
 }
 
-} // namespace
+KeymapReadErrors KeymapTooLarge(const QString &path)
+{
+    KeymapReadErrors errors;
+    errors.InternalErrorNumber = ErrorOutOfMemory;
+    errors.InternalErrorDescription = u"Out of memory"_s;
+    errors.File = FileError{FileProblem::TooLarge, path, 0};
+    return errors;
+}
 
 bool ReadKeymapText(Keymap &keymap, const QString &source, bool isText, KeymapReadErrors *errors)
 {
     KeymapReadErrors found;
+    if (isText && errors)
+        found = std::move(*errors);
     keymap.ResetToPhoneDefaults();
-    const QString text = isText ? source : ReadKeymapFile(source, found);
+    const QString text = isText ? source : ReadKeymapFile(source, found).value_or(QString());
 
     KeymapReader reader(keymap);
     const QStringView all(text);
@@ -265,8 +274,10 @@ QString KeymapReadSummary(const KeymapReadErrors &errors)
         return LanguageText(u"Errors"_s, u"12"_s, u"By reading of the following keys raised an error:"_s)
                + LineEnd + "   "_L1 + indented;
     }
-    return LanguageText(u"Errors"_s, u"13"_s, u"Programinternal Error:"_s) + LineEnd
-           + QString::number(errors.InternalErrorNumber) + u' ' + errors.InternalErrorDescription;
+    return FileFailureMessage(LanguageText(u"Errors"_s, u"13"_s, u"Programinternal Error:"_s) + LineEnd
+                                  + QString::number(errors.InternalErrorNumber) + u' '
+                                  + errors.InternalErrorDescription,
+                              errors.File);
 }
 
 QString KeymapReadErrorTitle()
@@ -294,4 +305,20 @@ QString WriteKeymapErrorReport(const QString &summary)
 {
     return WriteProgramFile(QString::fromLatin1(KeymapErrorReportName),
                             KeymapErrorReportText(summary, QDateTime::currentDateTime()));
+}
+
+QString ReportKeymapErrors(const KeymapReadErrors &errors)
+{
+    const QString summary = KeymapReadSummary(errors);
+    const QString written = WriteKeymapErrorReport(summary);
+    if (written.isEmpty()) {
+        return summary + LineEnd
+               + LanguageText(u"Errors"_s, u"ReportNotWritten"_s,
+                              u"The error report LastReadingError.txt could not be written."_s);
+    }
+    if (QFileInfo(written).path() == QCoreApplication::applicationDirPath())
+        return summary;
+    return summary + LineEnd
+           + LanguageText(u"Errors"_s, u"ReportWrittenTo"_s, u"The error report was written to %f"_s)
+                 .replace("%f"_L1, written);
 }

@@ -4,9 +4,6 @@
 #include "keymap.h"
 #include "keytable.h"
 #include "support/ansitext.h"
-#include "support/savefile.h"
-
-#include <QSaveFile>
 
 using namespace Qt::StringLiterals;
 
@@ -65,13 +62,7 @@ QString WriteKeymapText(const Keymap &keymap)
     return text;
 }
 
-bool WriteKeymapText(const Keymap &keymap, const QString &path)
+bool WriteKeymapText(const Keymap &keymap, const QString &path, FileError *error)
 {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    const QByteArray bytes = ToAnsi(WriteKeymapText(keymap) + LineEnd);
-    if (file.write(bytes) != bytes.size())
-        return false;
-    return CommitWhole(file);
+    return WriteWholeFile(path, ToAnsi(WriteKeymapText(keymap) + LineEnd), error);
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "support/nativefile.h"
+
 #include <QString>
 
 class Keymap;
@@ -12,8 +14,9 @@ struct KeyAction;
 QString WriteKeymapText(const Keymap &keymap);
 
 // Writes that text and one CR LF to a file (Windows-1252), replacing it as a
-// whole. False when the file could not be written; the old file then stays.
-[[nodiscard]] bool WriteKeymapText(const Keymap &keymap, const QString &path);
+// whole. False when the file could not be written (*error says why); the old
+// file then stays.
+[[nodiscard]] bool WriteKeymapText(const Keymap &keymap, const QString &path, FileError *error = nullptr);
 
 // The text of one action line (with its leading blanks and any comment).
 QString KeymapActionLine(const KeyAction &action);

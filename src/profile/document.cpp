@@ -106,22 +106,30 @@ void Document::SetSaved(bool saved)
     emit SavedChanged(saved);
 }
 
-bool Document::ReadKeymap(const QString &source, bool isText)
+bool Document::ReadKeymap(const QString &source, bool isText, KeymapReadErrors fetched)
 {
-    KeymapReadErrors errors;
-    const bool failed = ReadKeymapText(m_keymap, source, isText, &errors);
-    if (failed) {
-        const QString summary = KeymapReadSummary(errors);
-        (void)WriteKeymapErrorReport(summary);
-        emit MessageRaised(DocumentMessage{summary, KeymapReadErrorTitle(), DocumentMessage::Icon::Critical});
+    const auto report = [this](const KeymapReadErrors &errors) {
+        emit MessageRaised(
+            DocumentMessage{ReportKeymapErrors(errors), KeymapReadErrorTitle(), DocumentMessage::Icon::Critical});
+    };
+    std::optional<QString> text = source;
+    if (!isText) {
+        // A file that cannot be read changes nothing: it holds no keymap.
+        text = ReadKeymapFile(source, fetched);
+        if (!text) {
+            report(fetched);
+            return false;
+        }
     }
+    if (ReadKeymapText(m_keymap, *text, true, &fetched))
+        report(fetched);
     emit KeymapReplaced();
-    return failed;
+    return true;
 }
 
-void Document::Raise(ProfileMessage message)
+void Document::Raise(ProfileMessage message, const FileError &cause)
 {
-    emit MessageRaised(DocumentMessage{ProfileMessageText(message), ProfileMessageTitle(message),
+    emit MessageRaised(DocumentMessage{ProfileMessageText(message, cause), ProfileMessageTitle(message),
                                        DocumentMessage::Icon::Critical});
 }
 
@@ -160,14 +168,14 @@ std::optional<Document::ReadAheadProfile> Document::TakeReadAhead(const QString 
     return ahead;
 }
 
-void Document::OpenProfile(const QString &path)
+bool Document::OpenProfile(const QString &path)
 {
     std::optional<ReadAheadProfile> ahead = TakeReadAhead(path);
     const OpenedProfile opened = ahead ? ahead->Opened : OpenProfileArchive(path);
     for (const ProfileMessage message : opened.Messages)
-        Raise(message);
+        Raise(message, message == ProfileMessage::ExtractingArchiveFailed ? opened.Problem : FileError());
     if (!opened.Opened)
-        return;
+        return !opened.Problem.Any();
     SetCurrentFile(path);
     // A profile without picture keeps the picture shown so far.
     if (!opened.PictureTempPath.isEmpty()) {
@@ -180,15 +188,21 @@ void Document::OpenProfile(const QString &path)
             AdoptPicture(opened.PictureTempPath);
         }
     }
-    ReadKeymap(opened.KeymapText, true);
+    ReadKeymap(opened.KeymapText, true, opened.KeymapErrors);
     SetSaved(true);
+    return true;
 }
 
 bool Document::AdoptPicture(const QString &path)
 {
     if (path.isEmpty())
         return false;
-    const bool decoded = ::AdoptPicture(path, m_picture);
+    FileError copyError;
+    const bool decoded = ::AdoptPicture(path, m_picture, &copyError);
+    if (copyError.Any()) {
+        Raise(ProfileMessage::CreatingFileFailed, copyError);
+        return false;
+    }
     emit PictureChanged();
     return decoded;
 }
@@ -196,9 +210,10 @@ bool Document::AdoptPicture(const QString &path)
 bool Document::SaveProfile(QString &path, bool asCopy)
 {
     std::optional<ProfileMessage> message;
-    if (!::SaveProfile(path, asCopy, m_keymap, m_picture, &message)) {
+    FileError cause;
+    if (!::SaveProfile(path, asCopy, m_keymap, m_picture, &message, &cause)) {
         if (message)
-            Raise(*message);
+            Raise(*message, cause);
         return false;
     }
     if (!asCopy)

@@ -62,15 +62,19 @@ public:
     void SetSaved(bool saved);
 
     // Reads keymap text (isText) or a keymap file into the keymap. Errors are
-    // reported as one message and in the error report file. Returns whether
-    // the read found errors. IsSaved and the file name stay as they were.
-    bool ReadKeymap(const QString &source, bool isText);
+    // reported as one message and in the error report file; with text, fetched
+    // holds an error met while getting it. IsSaved and the file name stay as
+    // they were. Returns false when the file could not be read at all; the
+    // keymap is then unchanged.
+    bool ReadKeymap(const QString &source, bool isText, KeymapReadErrors fetched = {});
 
     // Opens a profile archive: its picture and keymap replace the document's,
     // the file name becomes the path and the document is saved. Messages about
     // an unreadable archive (then nothing changes) or a missing picture or
-    // keymap (the rest is opened all the same) are raised on the way.
-    void OpenProfile(const QString &path);
+    // keymap (the rest is opened all the same) are raised on the way. Returns
+    // false when the file itself could not be read (not a regular file, no
+    // permission, ...).
+    bool OpenProfile(const QString &path);
     // Reads the profile at path ahead of its opening: its entries are extracted
     // and its picture decoded, while the document stays as it is and no message
     // is raised. A later OpenProfile of that path, when the file has not changed
@@ -80,7 +84,8 @@ public:
     void DropReadAhead();
 
     // Shows the picture at path and keeps a copy of its bytes (unless it is one
-    // of the program's own copies). Returns whether it could be decoded.
+    // of the program's own copies). Returns whether it could be decoded. When no
+    // whole copy can be made, a message says why and the picture stays as it was.
     bool AdoptPicture(const QString &path);
 
     // Writes the document as a profile. Unless asCopy, path gets ".hid" when it
@@ -99,7 +104,7 @@ signals:
 
 private:
     void Edited(PhoneKey key);
-    void Raise(ProfileMessage message);
+    void Raise(ProfileMessage message, const FileError &cause = {});
 
     struct ReadAheadProfile
     {

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "picture.h"
 
+#include "support/nativefile.h"
+
 #include <QFile>
-#include <QFileInfo>
 #include <QImageReader>
 
 #include <cmath>
@@ -48,20 +49,18 @@ QImage LoadPictureFile(const QString &path)
     // Profiles keep their picture in temporary files without a telling name. Left
     // to guess, the reader would load every image plug-in to ask each of them;
     // naming the format that the first bytes show goes straight to its decoder.
-    QByteArray format;
-    {
-        QFile file(path);
-        if (file.open(QIODevice::ReadOnly))
-            format = PictureFormatOf(file.peek(8));
-    }
+    QFile file;
+    if (!OpenForReading(file, path))
+        return {};
+    const QByteArray format = PictureFormatOf(file.peek(8));
     QImage image;
     if (!format.isEmpty()) {
-        QImageReader reader(path, format);
+        QImageReader reader(&file, format);
         reader.setAutoTransform(false);
         image = reader.read();
     }
-    if (image.isNull()) {
-        QImageReader reader(path);
+    if (image.isNull() && file.seek(0)) {
+        QImageReader reader(&file);
         reader.setAutoTransform(false);
         image = reader.read();
     }

@@ -3,34 +3,22 @@
 
 #include "keymap/keymapwriter.h"
 #include "picture.h"
+#include "settings/filemessage.h"
 #include "settings/languagetext.h"
 #include "support/ansitext.h"
 #include "tar.h"
 #include "tempfiles.h"
 
-#include <QFile>
+#include <QDir>
 #include <QFileInfo>
+
+#include <cerrno>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr auto TempPrefix = "PMX"_L1;
-
-bool CopyOver(const QString &source, const QString &target)
-{
-    QFile in(source);
-    QFile out(target);
-    if (!in.open(QIODevice::ReadOnly) || !out.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
-    for (;;) {
-        const QByteArray piece = in.read(64 * 1024);
-        if (piece.isEmpty())
-            return in.atEnd();
-        if (out.write(piece) != piece.size())
-            return false;
-    }
-}
 
 } // namespace
 
@@ -53,8 +41,27 @@ QString ProfileMessageText(ProfileMessage message)
     case ProfileMessage::ArchiveDamaged:
         return LanguageText(u"Errors"_s, u"ArchiveDamaged"_s,
                             u"The Archive is damaged: a file in it is cut short. What could be read is shown."_s);
+    case ProfileMessage::CreatingFileFailed:
+        return LanguageText(u"Errors"_s, key, u"Creating File failed !"_s);
     }
     return {};
+}
+
+QString ProfileMessageText(ProfileMessage message, const FileError &cause)
+{
+    return FileFailureMessage(ProfileMessageText(message), cause);
+}
+
+QString MakeTempFile(FileError &error)
+{
+    const QString path = NewTempFile(TempPrefix);
+    if (path.isEmpty()) {
+        const QString folder = QDir::tempPath();
+        error = FolderWriteProblem(folder);
+        if (!error.Any())
+            error = FileError{FileProblem::Other, folder, EIO};
+    }
+    return path;
 }
 
 bool IsProfileNote(ProfileMessage message)
@@ -81,26 +88,32 @@ QString ProfileBaseName(const QString &path)
     return dot < 0 ? name : name.left(dot);
 }
 
-bool AdoptPicture(const QString &path, ProfilePicture &picture)
+bool AdoptPicture(const QString &path, ProfilePicture &picture, FileError *copyError)
 {
     if (path.isEmpty())
         return false;
-    picture.Image = LoadPictureFile(path);
+    QImage image = LoadPictureFile(path);
     if (LowerExtension(path) != "tmp"_L1) {
-        const QString copy = NewTempFile(TempPrefix);
-        if (copy.isEmpty() || !CopyOver(path, copy)) {
-            // Without its bytes the picture could not be saved: better none.
-            picture.Image = QImage();
+        // Without all its bytes the picture could not be saved: the document
+        // keeps the picture it had.
+        FileError error;
+        const QString copy = MakeTempFile(error);
+        if (copy.isEmpty() || !CopyWholeFile(path, copy, &error)) {
+            if (!copy.isEmpty())
+                RemoveFile(copy);
+            if (copyError)
+                *copyError = error;
             return false;
         }
         picture.PictureTempPath = copy;
         picture.PictureName = QFileInfo(path).fileName();
     }
+    picture.Image = std::move(image);
     return !picture.Image.isNull();
 }
 
 bool SaveProfile(QString &path, bool asCopy, const Keymap &keymap, const ProfilePicture &picture,
-                 std::optional<ProfileMessage> *message)
+                 std::optional<ProfileMessage> *message, FileError *cause)
 {
     const auto fail = [message](std::optional<ProfileMessage> why) {
         if (message)
@@ -110,7 +123,7 @@ bool SaveProfile(QString &path, bool asCopy, const Keymap &keymap, const Profile
     // A temporary copy that vanished (a cleaner in the temporary folder) is no
     // picture either: saving without it would lose the picture.
     if (picture.Image.isNull() || picture.PictureName.isEmpty() || picture.PictureTempPath.isEmpty()
-        || !QFileInfo(picture.PictureTempPath).isFile())
+        || !IsRegularFile(picture.PictureTempPath))
         return fail(ProfileMessage::NoPicture);
     if (!asCopy) {
         if (path.isEmpty())
@@ -122,8 +135,11 @@ bool SaveProfile(QString &path, bool asCopy, const Keymap &keymap, const Profile
     cTar tar;
     tar.AddFile(picture.PictureTempPath, base + u'.' + LowerExtension(picture.PictureName), QString());
     tar.AddFile(QString(), base + ".kcf"_L1, WriteKeymapText(keymap));
-    if (!tar.CreateTarFile(path))
+    if (!tar.CreateTarFile(path)) {
+        if (cause)
+            *cause = tar.LastFileError();
         return fail(ProfileMessage::CreatingArchiveFailed);
+    }
     if (message)
         *message = std::nullopt;
     return true;
@@ -133,10 +149,17 @@ OpenedProfile OpenProfileArchive(const QString &path)
 {
     OpenedProfile opened;
     cTar tar;
-    if (!tar.GetContents(path)) {
-        opened.Messages << ProfileMessage::ExtractingArchiveFailed;
+    const auto failed = [&opened](const FileError &problem) {
+        opened.Opened = false;
+        opened.Messages = {ProfileMessage::ExtractingArchiveFailed};
+        opened.Problem = problem;
+        if (!opened.PictureTempPath.isEmpty())
+            RemoveFile(opened.PictureTempPath);
+        opened.PictureTempPath.clear();
         return opened;
-    }
+    };
+    if (!tar.GetContents(path))
+        return failed(tar.LastFileError());
     if (tar.TotalFiles() == 0) {
         opened.Messages << ProfileMessage::ArchiveEmpty;
         return opened;
@@ -148,15 +171,27 @@ OpenedProfile OpenProfileArchive(const QString &path)
         const QString name = tar.Filename(entry);
         const QString extension = LowerExtension(name);
         if (ProfilePictureExtensions().contains(extension)) {
-            const QString extracted = NewTempFile(TempPrefix);
+            FileError error;
+            const QString extracted = MakeTempFile(error);
             if (extracted.isEmpty())
-                continue;
-            (void)tar.ExtractFile(extracted, entry);
+                return failed(error);
+            // An entry that holds nothing is not extracted, and its picture
+            // stays empty; a copy that could not be written fails the opening.
+            if (!tar.ExtractFile(extracted, entry) && tar.LastFileError().Any()) {
+                RemoveFile(extracted);
+                return failed(tar.LastFileError());
+            }
             QString shortName = name.mid(name.lastIndexOf(u'/') + 1);
             opened.PictureName = shortName.mid(shortName.lastIndexOf(u'\\') + 1);
             opened.PictureTempPath = extracted;
         } else if (extension == "kcf"_L1) {
+            if (tar.Size(entry) > LargestKeymapSize) {
+                opened.KeymapText.clear();
+                opened.KeymapErrors = KeymapTooLarge(path);
+                continue;
+            }
             opened.KeymapText = FromAnsi(tar.FileToArray(entry));
+            opened.KeymapErrors = KeymapReadErrors();
         }
     }
     // The damage comes first: it explains any note that follows.
@@ -164,7 +199,7 @@ OpenedProfile OpenProfileArchive(const QString &path)
         opened.Messages << ProfileMessage::ArchiveDamaged;
     if (opened.PictureTempPath.isEmpty())
         opened.Messages << ProfileMessage::NoPictureEntry;
-    if (opened.KeymapText.isEmpty())
+    if (opened.KeymapText.isEmpty() && !opened.KeymapErrors.Any())
         opened.Messages << ProfileMessage::NoKeymapEntry;
     return opened;
 }

@@ -2,14 +2,12 @@
 #include "tar.h"
 
 #include "support/ansitext.h"
-#include "support/savefile.h"
 
 #include <QDateTime>
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
+#include <cerrno>
 #include <cmath>
 #include <limits>
 
@@ -81,12 +79,6 @@ QByteArray Placeholder()
     return QByteArray(1, '\0');
 }
 
-bool WriteAll(QIODevice &out, const QByteArray &bytes)
-{
-    return out.write(bytes) == bytes.size();
-}
-
-
 } // namespace
 
 std::optional<std::int32_t> cTar::OctalToLong(QByteArrayView field)
@@ -118,10 +110,11 @@ std::optional<std::int32_t> cTar::OctalToLong(QByteArrayView field)
 
 bool cTar::GetContents(const QString &archivePath)
 {
+    m_fileError = FileError();
     m_archivePath = archivePath;
     m_entries.clear();
-    QFile file(archivePath);
-    if (!file.open(QIODevice::ReadOnly))
+    QFile file;
+    if (!OpenForReading(file, archivePath, &m_fileError))
         return false;
     const qint64 fileSize = file.size();
     m_archiveSize = fileSize;
@@ -183,8 +176,9 @@ QByteArray cTar::FileToArray(int entry) const
 {
     if (IsBadIndex(entry) || IsDir(entry) || Size(entry) <= 0)
         return Placeholder();
-    QFile file(m_archivePath);
-    if (!file.open(QIODevice::ReadOnly))
+    m_fileError = FileError();
+    QFile file;
+    if (!OpenForReading(file, m_archivePath, &m_fileError))
         return Placeholder();
     const TarEntry &e = m_entries[entry - 1];
     // Never more than the file holds, whatever the header says.
@@ -197,12 +191,13 @@ QByteArray cTar::FileToArray(int entry) const
 
 bool cTar::ExtractFile(const QString &destination, int entry) const
 {
-    if (!QDir().mkpath(QFileInfo(destination).absolutePath()))
+    m_fileError = FileError();
+    if (!MakeFolders(QFileInfo(destination).path(), &m_fileError))
         return false;
     if (IsBadIndex(entry) || IsDir(entry) || Size(entry) <= 0)
         return false;
-    QFile in(m_archivePath);
-    if (!in.open(QIODevice::ReadOnly))
+    QFile in;
+    if (!OpenForReading(in, m_archivePath, &m_fileError))
         return false;
     const TarEntry &e = m_entries[entry - 1];
     qint64 remaining = std::clamp<qint64>(in.size() - e.DataOffset, 0, e.Size);
@@ -211,7 +206,11 @@ bool cTar::ExtractFile(const QString &destination, int entry) const
 
     // One pass over the data, in pieces: the first piece tells the stored empty
     // placeholder (a single byte 0) from real data.
-    QSaveFile out(destination);
+    WholeFileWriter out(destination);
+    const auto writeFailed = [this, &out] {
+        m_fileError = out.Error();
+        return false;
+    };
     bool first = true;
     while (remaining > 0) {
         const QByteArray piece = in.read(std::min(remaining, CopyPieceSize));
@@ -219,14 +218,14 @@ bool cTar::ExtractFile(const QString &destination, int entry) const
             return false;
         if (first && remaining == 1 && IsPlaceholder(piece))
             return false;
-        if (first && !out.open(QIODevice::WriteOnly))
-            return false;
+        if (first && !out.Open())
+            return writeFailed();
         first = false;
-        if (!WriteAll(out, piece))
-            return false;
+        if (!out.Write(piece))
+            return writeFailed();
         remaining -= piece.size();
     }
-    return CommitWhole(out);
+    return out.Commit() || writeFailed();
 }
 
 void cTar::AddFile(const QString &sourcePath, const QString &nameInArchive, const QString &content)
@@ -236,51 +235,49 @@ void cTar::AddFile(const QString &sourcePath, const QString &nameInArchive, cons
 
 bool cTar::CreateTarFile(const QString &archivePath) const
 {
+    m_fileError = FileError();
     if (m_pending.isEmpty())
         return false;
-    QSaveFile out(archivePath);
-    if (!out.open(QIODevice::WriteOnly))
+    WholeFileWriter out(archivePath);
+    const auto writeFailed = [this, &out] {
+        m_fileError = out.Error();
         return false;
+    };
+    if (!out.Open())
+        return writeFailed();
     for (const PendingFile &pending : m_pending) {
         const QByteArray name = ToAnsi(pending.ArchiveName);
         if (!pending.Content.isEmpty()) {
             const QByteArray content = ToAnsi(pending.Content);
             // Content text is not padded: the next header follows directly.
-            if (!WriteAll(out, Header(name, content.size())) || !WriteAll(out, content)) {
-                out.cancelWriting();
-                return false;
-            }
+            if (!out.Write(Header(name, content.size())) || !out.Write(content))
+                return writeFailed();
             continue;
         }
-        if (pending.SourcePath.isEmpty() || !QFileInfo::exists(pending.SourcePath))
+        if (pending.SourcePath.isEmpty() || !PathExists(pending.SourcePath))
             continue;
-        QFile source(pending.SourcePath);
-        if (!source.open(QIODevice::ReadOnly)) {
-            out.cancelWriting();
+        QFile source;
+        if (!OpenForReading(source, pending.SourcePath, &m_fileError))
             return false;
-        }
         const qint64 length = source.size();
-        if (!WriteAll(out, Header(name, length))) {
-            out.cancelWriting();
-            return false;
-        }
+        if (!out.Write(Header(name, length)))
+            return writeFailed();
         qint64 remaining = length;
         while (remaining > 0) {
             const QByteArray piece = source.read(std::min(remaining, CopyPieceSize));
-            if (piece.isEmpty() || !WriteAll(out, piece)) {
-                out.cancelWriting(); // the source shrank or vanished while copying
+            if (piece.isEmpty()) {
+                // The source shrank or vanished while copying.
+                m_fileError = FileError{FileProblem::Other, pending.SourcePath, EIO};
                 return false;
             }
+            if (!out.Write(piece))
+                return writeFailed();
             remaining -= piece.size();
         }
-        if (!WriteAll(out, QByteArray(PaddedLength(length) - length, '\0'))) {
-            out.cancelWriting();
-            return false;
-        }
+        if (!out.Write(QByteArray(PaddedLength(length) - length, '\0')))
+            return writeFailed();
     }
-    if (!WriteAll(out, QByteArray(BlockSize, '\0'))) {
-        out.cancelWriting();
-        return false;
-    }
-    return CommitWhole(out);
+    if (!out.Write(QByteArray(BlockSize, '\0')))
+        return writeFailed();
+    return out.Commit() || writeFailed();
 }

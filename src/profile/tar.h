@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "support/nativefile.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QString>
@@ -78,6 +80,10 @@ public:
     // every non-digit counting 0 and 8 and 9 at face value. Empty on overflow.
     static std::optional<std::int32_t> OctalToLong(QByteArrayView field);
 
+    // Why the last GetContents, FileToArray, ExtractFile or CreateTarFile could
+    // not read or write a file; no problem when it did not fail for that.
+    const FileError &LastFileError() const { return m_fileError; }
+
 private:
     bool IsBadIndex(int entry) const;
 
@@ -85,4 +91,5 @@ private:
     qint64 m_archiveSize = 0;
     QList<TarEntry> m_entries;
     QList<PendingFile> m_pending;
+    mutable FileError m_fileError;
 };

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "filetypes.h"
 
-#include "support/savefile.h"
+#include "support/nativefile.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
-#include <QSaveFile>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QStringList>
@@ -25,11 +24,7 @@ bool WriteText(const QString &path, const QString &text)
 {
     if (!QDir().mkpath(QFileInfo(path).absolutePath()))
         return false;
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    file.write(text.toUtf8());
-    return CommitWhole(file);
+    return WriteWholeFile(path, text.toUtf8());
 }
 
 QString ReadText(const QString &path)

@@ -14,6 +14,10 @@ constexpr std::array<char16_t, 32> HighControlBlock = {
 };
 constexpr unsigned char FirstHighControl = 0x80;
 constexpr unsigned char LastHighControl = 0x9F;
+// A byte of a file name that is not UTF-8, kept as a lone surrogate (see
+// DecodeFileName): in an archive name it is that byte again.
+constexpr char16_t FirstEscapedByte = 0xDC80;
+constexpr char16_t LastEscapedByte = 0xDCFF;
 
 char ToAnsiByte(char16_t c)
 {
@@ -23,6 +27,8 @@ char ToAnsiByte(char16_t c)
         if (HighControlBlock[i] == c)
             return static_cast<char>(FirstHighControl + i);
     }
+    if (c >= FirstEscapedByte && c <= LastEscapedByte)
+        return static_cast<char>(c - 0xDC00);
     return '?';
 }
 

@@ -14,5 +14,6 @@
 // (0x81, 0x8D, 0x8F, 0x90, 0x9D) map to the C1 controls of the same value.
 QString FromAnsi(QByteArrayView bytes);
 
-// Every character becomes one byte; a character Windows-1252 cannot hold becomes '?'.
+// Every character becomes one byte; a character Windows-1252 cannot hold becomes '?',
+// except a file-name byte kept as U+DC80..U+DCFF, which becomes that byte.
 QByteArray ToAnsi(QStringView text);

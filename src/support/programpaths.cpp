@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "programpaths.h"
 
-#include "savefile.h"
+#include "nativefile.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QStandardPaths>
 
 using namespace Qt::StringLiterals;
@@ -14,15 +13,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr auto DataSubfolder = "padmapper"_L1;
-
-bool WriteWhole(const QString &path, const QByteArray &bytes)
-{
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    file.write(bytes);
-    return CommitWhole(file);
-}
 
 } // namespace
 
@@ -65,13 +55,13 @@ QString WriteProgramFile(const QString &name, const QByteArray &bytes)
     const QString exeFolder = QCoreApplication::applicationDirPath();
     if (!exeFolder.isEmpty() && QFileInfo(exeFolder).isWritable()) {
         const QString path = exeFolder + u'/' + name;
-        if (WriteWhole(path, bytes))
+        if (WriteWholeFile(path, bytes))
             return path;
     }
     const QString fallback = WritableDataFolder();
     if (!fallback.isEmpty()) {
         const QString path = fallback + u'/' + name;
-        if (WriteWhole(path, bytes))
+        if (WriteWholeFile(path, bytes))
             return path;
     }
     return {};

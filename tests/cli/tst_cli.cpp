@@ -22,10 +22,13 @@ struct Run
     QByteArray err;
 };
 
-Run RunCli(const QStringList &arguments)
+Run RunCli(const QStringList &arguments, const QProcessEnvironment &environment = {},
+           const QString &program = QString::fromUtf8(PADMAPPER_CLI))
 {
     QProcess process;
-    process.start(QString::fromUtf8(PADMAPPER_CLI), arguments);
+    if (!environment.isEmpty())
+        process.setProcessEnvironment(environment);
+    process.start(program, arguments);
     Run run;
     if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
         return run;
@@ -160,6 +163,21 @@ private slots:
             << QStringList{u"show"_s, u"%1/cut.hid"_s} << 0 << QByteArray("The Archive is damaged");
         QTest::newRow("show a keymap-only profile notes the picture")
             << QStringList{u"show"_s, u"%1/k.tar"_s} << 0 << QByteArray("The Profile contains no Picture !");
+        QTest::newRow("pack into a missing folder")
+            << QStringList{u"pack"_s, u"%1/p.png"_s, u"%1/k.kcf"_s, u"%1/none/out"_s} << 1
+            << QByteArray("padmapper-cli: Creating Archive failed !\n%1/none/out.hid: the folder does not exist\n");
+        QTest::newRow("extract below a file")
+            << QStringList{u"extract"_s, u"%1/two.hid"_s, u"1"_s, u"%1/p.png/x"_s} << 1
+            << QByteArray("padmapper-cli: Creating File failed !\n%1/p.png: the folder does not exist\n");
+        QTest::newRow("pack with a file for the temporary folder")
+            << QStringList{u"TMPDIR=%1/k.kcf"_s, u"pack"_s, u"%1/p.png"_s, u"%1/k.kcf"_s, u"%1/out"_s} << 1
+            << QByteArray("padmapper-cli: Creating File failed !\n%1/k.kcf: the folder does not exist\n");
+#ifdef Q_OS_UNIX
+        QTest::newRow("show a pipe named .hid") << QStringList{u"show"_s, u"%1/pipe.hid"_s} << 1
+            << QByteArray("Extracting Archive failed !\n%1/pipe.hid: not a regular file\n");
+        QTest::newRow("show a pipe named .kcf") << QStringList{u"show"_s, u"%1/pipe.kcf"_s} << 1
+            << QByteArray("Programinternal Error:\n75 Path/File access error\n%1/pipe.kcf: not a regular file\n");
+#endif
     }
     void profileFailures()
     {
@@ -180,11 +198,20 @@ private slots:
         QVERIFY(WriteFile(dir.filePath(u"empty.hid"_s), QByteArray(1024, '\0')));
         // cut.hid: the profile without its end block and the keymap's last ten bytes.
         QVERIFY(WriteFile(dir.filePath(u"cut.hid"_s), ReadAll(dir.filePath(u"two.hid"_s)).chopped(522)));
+#ifdef Q_OS_UNIX
+        for (const char *pipe : {"pipe.hid", "pipe.kcf"})
+            QCOMPARE(::mkfifo(QFile::encodeName(dir.filePath(QString::fromLatin1(pipe))).constData(), 0600), 0);
+#endif
 
         QStringList expanded;
         for (const QString &argument : arguments)
             expanded << argument.arg(dir.path());
-        const Run run = RunCli(expanded);
+        QProcessEnvironment environment;
+        if (expanded.first().startsWith("TMPDIR="_L1)) {
+            environment = QProcessEnvironment::systemEnvironment();
+            environment.insert(u"TMPDIR"_s, expanded.takeFirst().mid(7));
+        }
+        const Run run = RunCli(expanded, environment);
         QCOMPARE(run.status, status);
         QVERIFY2(run.err.startsWith(QString::fromLatin1(err).arg(dir.path()).toLocal8Bit()), run.err.constData());
         QVERIFY(!QFileInfo::exists(dir.filePath(u"x"_s)));
@@ -214,6 +241,38 @@ private slots:
         QVERIFY(process.readAllStandardError().contains("Creating Archive failed !"));
         QCOMPARE(ReadAll(profile), before);
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files), filesBefore);
+    }
+
+    void namesThatAreNotUtf8RoundTrip()
+    {
+        QTemporaryDir dir;
+        const QString picture = MakePicture(dir.filePath(u"p.png"_s), 8, 8);
+        // The shell spells the names in bytes; QProcess would pass them as UTF-8.
+        const QString script = u"cd \"$0\" && hid=$(printf '\\377\\376.hid') && pic=$(printf '\\351.png') && "
+                               "trap 'rm -f \"$hid\" \"$pic\"' EXIT && \"$1\" pack \"$2\" \"$3\" \"$hid\" && \"$1\" list \"$hid\" >/dev/null && "
+                               "\"$1\" extract \"$hid\" 1 \"$pic\" && cmp \"$pic\" \"$2\" && \"$1\" show \"$hid\""_s;
+        QProcess process;
+        process.start(u"sh"_s, {u"-c"_s, script, dir.path(), QString::fromUtf8(PADMAPPER_CLI), picture,
+                                QFINDTESTDATA("../fixtures/keymap-writer-example.kcf")});
+        QVERIFY(process.waitForFinished(60000));
+        QVERIFY2(process.exitCode() == 0, process.readAllStandardError().constData());
+        QCOMPARE(process.readAllStandardOutput(), ReadAll(QFINDTESTDATA("../fixtures/keymap-writer-example.kcf")));
+    }
+
+    void errorReportElsewhereIsNamed()
+    {
+        // A copy of the program whose folder cannot take the report.
+        QTemporaryDir dir;
+        const QString program = dir.filePath(u"bin/padmapper-cli"_s);
+        QVERIFY(QDir().mkpath(dir.filePath(u"bin/LastReadingError.txt"_s)));
+        QVERIFY(QFile::copy(QString::fromUtf8(PADMAPPER_CLI), program));
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"XDG_DATA_HOME"_s, dir.filePath(u"data"_s));
+        const Run run = RunCli({u"show"_s, QFINDTESTDATA("../fixtures/keymap-with-errors.kcf")}, environment, program);
+        QCOMPARE(run.status, 1);
+        const QString report = dir.filePath(u"data/padmapper/LastReadingError.txt"_s);
+        QVERIFY2(run.err.endsWith("\nThe error report was written to " + report.toUtf8() + '\n'), run.err.constData());
+        QVERIFY(ReadAll(report).startsWith("LastReadError.txt von Padmapper\r\n"));
     }
 #endif
 

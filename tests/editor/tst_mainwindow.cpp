@@ -9,6 +9,8 @@
 #include "profile/tempfiles.h"
 #include "settings/languagetext.h"
 
+#include "../testfiles.h"
+
 #include <QAbstractButton>
 #include <QApplication>
 #include <QCheckBox>
@@ -173,6 +175,38 @@ private slots:
         QCOMPARE(window.windowTitle(), u"Unnamed - Padmapper"_s);
         QCOMPARE(window.SaveButton()->text(), u"Save Profile"_s);
         QVERIFY(!window.Doc().IsSaved());
+    }
+
+    // A command-line file that is there but cannot be read is named, then the
+    // default profile comes; Open of it says the same and changes nothing.
+    void commandLineFileThatCannotBeRead_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("message"); // %1: the path
+        QTest::newRow("missing") << u"none.hid"_s << QString();
+        QTest::newRow("pipe named .hid") << u"pipe.hid"_s << u"Extracting Archive failed !\r\n%1: not a regular file"_s;
+        QTest::newRow("folder named .kcf")
+            << u"folder.kcf"_s << u"Programinternal Error:\r\n75 Path/File access error\r\n%1: not a regular file"_s;
+    }
+    void commandLineFileThatCannotBeRead()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, message);
+        QVERIFY(QDir().mkpath(Path(u"folder.kcf"_s)));
+        QVERIFY(QFileInfo::exists(Path(u"pipe.hid"_s))
+                || ::mkfifo(QFile::encodeName(Path(u"pipe.hid"_s)).constData(), 0600) == 0);
+        MainWindow &window = Start({u'"' + Path(name) + u'"'});
+        QCOMPARE(m_dialogs->Shown, message.isEmpty() ? QStringList() : QStringList{message.arg(Path(name))});
+        QCOMPARE(window.windowTitle(), u"Unnamed - Padmapper"_s);
+        QVERIFY(!window.Doc().Picture().Image.isNull());
+        if (message.isEmpty())
+            return;
+        window.Doc().SetComment(PhoneKeys::Digit(1), u"kept"_s);
+        m_dialogs->NextOpen = Path(name);
+        window.Open();
+        QCOMPARE(m_dialogs->Shown.last(), message.arg(Path(name)));
+        QCOMPARE(window.Doc().Action(PhoneKeys::Digit(1)).Comment, u"kept"_s);
+        QVERIFY(window.Doc().CurrentFile().isEmpty());
     }
 
     void closingWithChangesAsks()

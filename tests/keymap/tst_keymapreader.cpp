@@ -6,6 +6,7 @@
 
 #include "../testfiles.h"
 
+#include <QDir>
 #include <QFile>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
@@ -169,17 +170,29 @@ private slots:
                  "KEY_5\t\t-> Unbekannte UsageID (4)\r\n"_s);
     }
 
+    void unreadableFileIsAnInternalError_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("summary"); // %1: the path
+        QTest::newRow("missing") << u"missing.kcf"_s << u"Programinternal Error:\r\n53 File not found"_s;
+        QTest::newRow("folder") << u"folder.kcf"_s
+                                << u"Programinternal Error:\r\n75 Path/File access error\r\n%1: not a regular file"_s;
+        QTest::newRow("pipe") << u"pipe.kcf"_s
+                              << u"Programinternal Error:\r\n75 Path/File access error\r\n%1: not a regular file"_s;
+    }
     void unreadableFileIsAnInternalError()
     {
+        QFETCH(QString, name);
+        QFETCH(QString, summary);
         QTemporaryDir dir;
+        QVERIFY(QDir().mkpath(dir.filePath(u"folder.kcf"_s)));
+        QCOMPARE(::mkfifo(QFile::encodeName(dir.filePath(u"pipe.kcf"_s)).constData(), 0600), 0);
         Keymap keymap;
         keymap[PhoneKeys::Hash] = KeyAction{true, 5, 0, 0, {}};
         KeymapReadErrors errors;
-        QVERIFY(ReadKeymapText(keymap, dir.filePath(u"missing.kcf"_s), false, &errors));
+        QVERIFY(ReadKeymapText(keymap, dir.filePath(name), false, &errors));
         QCOMPARE(keymap, PhoneDefaults());
-        QCOMPARE(KeymapReadSummary(errors), u"Programinternal Error:\r\n53 File not found"_s);
-        QVERIFY(ReadKeymapText(keymap, dir.path(), false, &errors));
-        QCOMPARE(errors.InternalErrorNumber, 75);
+        QCOMPARE(KeymapReadSummary(errors), summary.arg(dir.filePath(name)));
     }
 
     void summaryIndentsEveryLine()

@@ -9,6 +9,7 @@
 
 #include "../testfiles.h"
 
+#include <QDir>
 #include <QFile>
 #include <QImage>
 #include <QTemporaryDir>
@@ -234,6 +235,59 @@ private slots:
         QCOMPARE(opened.PictureName, u"two.bmp"_s);
         QCOMPARE(ReadAll(opened.PictureTempPath), QByteArray("second"));
     }
+
+    // A header declaring more keymap than any keymap file may hold, over a
+    // sparse file that holds it all: the entry is not read.
+    void oversizedKeymapEntryIsNotRead()
+    {
+        const QString path = Path(u"huge.hid"_s);
+        const qint64 size = 256 * 1024 * 1024 + 1;
+        QByteArray header(512, '\0');
+        header.replace(0, 5, "k.kcf");
+        header.replace(124, 11, QByteArray::number(size, 8).rightJustified(11, '0'));
+        QVERIFY(WriteFile(path, header) && QFile::resize(path, 512 + size));
+        Document document;
+        QStringList messages;
+        connect(&document, &Document::MessageRaised, [&](const DocumentMessage &m) { messages << m.Text; });
+        document.OpenProfile(path);
+        QCOMPARE(messages, QStringList({u"The Profile contains no Picture !"_s,
+                                        u"Programinternal Error:\r\n7 Out of memory\r\n"_s + path
+                                            + u": the file is too large"_s}));
+    }
+
+#ifdef Q_OS_UNIX
+    // Copies that a full disk (here: a file-size limit) would cut short fail
+    // with the cause named, and the document keeps what it had.
+    void fileSizeLimitChangesNothing()
+    {
+        QImage image(100, 250, QImage::Format_RGB32); // 75 kB as BMP
+        image.fill(Qt::red);
+        QVERIFY(image.save(Path(u"big.bmp"_s)));
+        QString bigProfile = Path(u"big.hid"_s);
+        ProfilePicture big;
+        QVERIFY(AdoptPicture(Path(u"big.bmp"_s), big) && SaveProfile(bigProfile, false, SampleKeymap(), big));
+
+        Document document;
+        QStringList messages;
+        connect(&document, &Document::MessageRaised, [&](const DocumentMessage &m) { messages << m.Text; });
+        QVERIFY(document.AdoptPicture(MakePicture(u"small.png"_s, "png")));
+        const ProfilePicture before = document.Picture();
+        {
+            FileSizeLimit limit(64 * 1024);
+            QVERIFY(!document.AdoptPicture(Path(u"big.bmp"_s)));
+            QVERIFY(!document.OpenProfile(bigProfile));
+        }
+        QCOMPARE(messages.size(), 2);
+        QVERIFY2(messages[0].startsWith(u"Creating File failed !\r\n"_s + QDir::tempPath()), qPrintable(messages[0]));
+        QVERIFY2(messages[1].startsWith(u"Extracting Archive failed !\r\n"_s + QDir::tempPath()), qPrintable(messages[1]));
+        for (const QString &message : std::as_const(messages))
+            QVERIFY(message.endsWith(u": the file is too large"_s));
+        QCOMPARE(document.Picture().PictureTempPath, before.PictureTempPath);
+        QCOMPARE(document.Picture().Image, before.Image);
+        QVERIFY(document.CurrentFile().isEmpty());
+        QCOMPARE(ReadAll(before.PictureTempPath), ReadAll(Path(u"small.png"_s)));
+    }
+#endif
 
     void temporaryFilesAreDeleted()
     {

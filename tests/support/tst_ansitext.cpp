@@ -40,7 +40,8 @@ private slots:
 
     void unmappableCharactersBecomeQuestionMarks()
     {
-        QCOMPARE(ToAnsi(u"\u4E2D-\u0100"_s), QByteArray("?-?"));
+        QCOMPARE(ToAnsi(u"\u4E2D-\u0100-\xDC7F"_s), QByteArray("?-?-?"));
+        QCOMPARE(ToAnsi(u"\xDCFF\xDCFE.png"_s), QByteArray("\xFF\xFE.png")); // a file name's own bytes
     }
 };
 

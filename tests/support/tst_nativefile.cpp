@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/nativefile.h"
+
+#include "../testfiles.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+Q_DECLARE_METATYPE(FileProblem)
+
+class tst_NativeFile : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+    QString Path(const QString &name) const { return m_dir.filePath(name); }
+
+private slots:
+    void namesSurviveTheFileSystem_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("UTF-8") << QByteArray("K\xC3\xA4se.kcf") << u"K\u00E4se.kcf"_s;
+        QTest::newRow("four-byte UTF-8") << QByteArray("\xF0\x9F\x98\x80") << u"\U0001F600"_s;
+        QTest::newRow("Latin-1") << QByteArray("\xE9t\xE9.png") << u"\xDCE9t\xDCE9.png"_s;
+        QTest::newRow("not UTF-8 at all") << QByteArray("\xFF\xFE.hid") << u"\xDCFF\xDCFE.hid"_s;
+        QTest::newRow("overlong slash") << QByteArray("\xC0\xAF") << u"\xDCC0\xDCAF"_s;
+        QTest::newRow("encoded escape") << QByteArray("\xED\xB3\xBF") << u"\xDCED\xDCB3\xDCBF"_s;
+        QTest::newRow("cut sequence") << QByteArray("a\xE2\x82") << u"a\xDCE2\xDC82"_s;
+    }
+    void namesSurviveTheFileSystem()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, text);
+        QCOMPARE(DecodeFileName(bytes), text);
+        QCOMPARE(EncodeFileName(text), bytes);
+        const QString path = Path(text);
+        QVERIFY(WriteWholeFile(path, "x"));
+        QCOMPARE(::access((QFile::encodeName(m_dir.path()) + '/' + bytes).constData(), F_OK), 0);
+        QFile file;
+        QVERIFY(OpenForReading(file, path));
+        const QString previous = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(m_dir.path()));
+        QCOMPARE(AbsoluteFilePath(text), path);
+        QVERIFY(QDir::setCurrent(previous));
+        QVERIFY(RemoveFile(path));
+    }
+
+    void readingOpensOnlyRegularFiles_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<FileProblem>("problem");
+        QTest::newRow("regular file") << u"file"_s << FileProblem::None;
+        QTest::newRow("nothing there") << u"none"_s << FileProblem::Missing;
+        QTest::newRow("pipe") << u"pipe"_s << FileProblem::NotRegularFile;
+        QTest::newRow("below a file") << u"file/x"_s << FileProblem::FolderMissing;
+    }
+    void readingOpensOnlyRegularFiles()
+    {
+        QFETCH(QString, name);
+        QFETCH(FileProblem, problem);
+        QVERIFY(WriteFile(Path(u"file"_s), "bytes"));
+        QVERIFY(PathExists(Path(u"pipe"_s)) || ::mkfifo(QFile::encodeName(Path(u"pipe"_s)).constData(), 0600) == 0);
+        QFile file;
+        FileError error;
+        QCOMPARE(OpenForReading(file, Path(name), &error), problem == FileProblem::None);
+        QCOMPARE(error.Problem, problem);
+        QCOMPARE(file.isOpen() ? file.readAll() : QByteArray(), problem == FileProblem::None ? "bytes" : "");
+    }
+
+    void failedWritesLeaveTheTargetAlone_data()
+    {
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<int>("sizeLimit"); // 0: none
+        QTest::addColumn<FileProblem>("problem");
+        QTest::newRow("replaces the file, keeping its permissions") << u"out/t"_s << 0 << FileProblem::None;
+        QTest::newRow("no such folder") << u"out/none/t"_s << 0 << FileProblem::FolderMissing;
+        QTest::newRow("target is a pipe") << u"out/pipe"_s << 0 << FileProblem::NotRegularFile;
+        QTest::newRow("beyond the file-size limit") << u"out/t"_s << 4096 << FileProblem::TooLarge;
+    }
+    void failedWritesLeaveTheTargetAlone()
+    {
+        QFETCH(QString, target);
+        QFETCH(int, sizeLimit);
+        QFETCH(FileProblem, problem);
+        QVERIFY(QDir().mkpath(Path(u"out"_s)));
+        QVERIFY(PathExists(Path(u"out/pipe"_s)) || ::mkfifo(QFile::encodeName(Path(u"out/pipe"_s)).constData(), 0600) == 0);
+        QVERIFY(WriteFile(Path(u"out/t"_s), "previous"));
+        QVERIFY(::chmod(QFile::encodeName(Path(u"out/t"_s)).constData(), 0640) == 0);
+        const QStringList before = QDir(Path(u"out"_s)).entryList(QDir::AllEntries | QDir::Hidden);
+        const QByteArray bytes(64 * 1024, 'n');
+        FileError error;
+        {
+            std::optional<FileSizeLimit> limit;
+            if (sizeLimit > 0)
+                limit.emplace(sizeLimit);
+            QCOMPARE(WriteWholeFile(Path(target), bytes, &error), problem == FileProblem::None);
+        }
+        QCOMPARE(error.Problem, problem);
+        QCOMPARE(ReadAll(Path(u"out/t"_s)), problem == FileProblem::None ? bytes : QByteArray("previous"));
+        struct stat status {};
+        QVERIFY(::stat(QFile::encodeName(Path(u"out/t"_s)).constData(), &status) == 0);
+        QCOMPARE(status.st_mode & 07777, 0640u);
+        QCOMPARE(QDir(Path(u"out"_s)).entryList(QDir::AllEntries | QDir::Hidden), before);
+        if (problem != FileProblem::None)
+            QCOMPARE(error.Path, Path(target));
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_NativeFile)
+#include "tst_nativefile.moc"
