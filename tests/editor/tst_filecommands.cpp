@@ -10,13 +10,17 @@
 
 #include "../testfiles.h"
 
+#include <QApplication>
 #include <QFile>
+#include <QFileDialog>
 #include <QImage>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 #include <QUrl>
 
 using namespace Qt::StringLiterals;
@@ -157,6 +161,47 @@ private slots:
         QCOMPARE(window.CurrentSettings().KcfPath, Path(u"kcf-out"_s));
         QVERIFY(window.Doc().IsSaved()); // exporting changes nothing
         QVERIFY(window.Doc().CurrentFile().isEmpty());
+    }
+
+    void saveDialogsCompleteTheTypedName_data()
+    {
+        QTest::addColumn<int>("command");
+        QTest::addColumn<QString>("written");
+        QTest::newRow("export picture") << 0 << u"exported.png"_s;
+        QTest::newRow("export keymap") << 1 << u"exported.kcf"_s;
+        QTest::newRow("save as of a keymap, then save") << 2 << u"exported.kcf"_s;
+    }
+    void saveDialogsCompleteTheTypedName()
+    {
+        QFETCH(int, command);
+        QFETCH(QString, written);
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+        MainWindow &window = Start();
+        const QString folder = Folder(QString::fromLatin1(QTest::currentDataTag()));
+        if (command == 2)
+            window.OpenFile(MakeKeymap(folder + u"/k.kcf"_s));
+        m_dialogs->RealSaveDialog = true;
+        // Types the name into the file dialog and presses Return, as a user does.
+        QTimer typist;
+        connect(&typist, &QTimer::timeout, this, [&] {
+            auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+            if (!dialog || !dialog->isActiveWindow())
+                return;
+            typist.stop();
+            auto *name = dialog->findChild<QLineEdit *>(u"fileNameEdit"_s);
+            dialog->setDirectory(folder);
+            name->clear();
+            QTest::keyClicks(name, u"exported"_s);
+            QTest::keyClick(name, Qt::Key_Return);
+        });
+        typist.start(10);
+        if (command == 0)
+            window.ExportPicture();
+        if (command == 1)
+            window.ExportKeymap();
+        if (command == 2)
+            QVERIFY(window.SaveAs() && window.Save());
+        QCOMPARE(QDir(folder).entryList({u"exported*"_s}), QStringList{written});
     }
 
     void cancelledDialogsChangeNothing()
