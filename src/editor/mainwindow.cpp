@@ -539,6 +539,7 @@ void MainWindow::OpenFile(const QString &path)
         // Keymaps opened here move the profile folder, as they always did.
         m_settings.HidPath = info.absolutePath();
         m_document->ReadKeymap(info.absoluteFilePath(), false);
+        m_document->RemovePicture();
         m_document->SetCurrentFile(info.absoluteFilePath());
         RefreshKeyDisplay(-1);
         UpdateCaption();

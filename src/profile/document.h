@@ -82,6 +82,8 @@ public:
     // Shows the picture at path and keeps a copy of its bytes (unless it is one
     // of the program's own copies). Returns whether it could be decoded.
     bool AdoptPicture(const QString &path);
+    // Leaves the document without a picture, as a bare keymap is.
+    void RemovePicture();
 
     // Writes the document as a profile. Unless asCopy, path gets ".hid" when it
     // has another extension and becomes the document's file name. Raises the

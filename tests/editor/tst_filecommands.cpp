@@ -105,6 +105,11 @@ private slots:
         QCOMPARE(window.SaveButton()->text(), u"Save Keymap"_s);
         QVERIFY(!window.SendButton()->isEnabled());
         QCOMPARE(window.Doc().CurrentKeymap(), SampleKeymap());
+        // A keymap has no picture: the one shown so far goes, and cannot be exported.
+        QVERIFY(window.Doc().Picture().PictureTempPath.isEmpty());
+        QVERIFY(qobject_cast<PhoneScreen *>(window.Keypad()->ScreenArea())->Picture().isNull());
+        window.ExportPicture();
+        QVERIFY(m_dialogs->LastSaveProposal.isEmpty());
 
         window.Doc().SetComment(PhoneKeys::Digit(3), u"Fenster"_s);
         QVERIFY(window.Save());
