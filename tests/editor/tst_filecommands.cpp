@@ -10,7 +10,6 @@
 
 #include "../testfiles.h"
 
-#include <QApplication>
 #include <QFile>
 #include <QFileDialog>
 #include <QImage>
@@ -20,7 +19,6 @@
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
 #include <QUrl>
 
 using namespace Qt::StringLiterals;
@@ -187,19 +185,14 @@ private slots:
             window.OpenFile(MakeKeymap(folder + u"/k.kcf"_s));
         m_dialogs->RealSaveDialog = true;
         // Types the name into the file dialog and presses Return, as a user does.
-        QTimer typist;
-        connect(&typist, &QTimer::timeout, this, [&] {
-            auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
-            if (!dialog || !dialog->isActiveWindow())
-                return;
-            typist.stop();
-            auto *name = dialog->findChild<QLineEdit *>(u"fileNameEdit"_s);
+        OnNextModal([&](QWidget *modal) {
+            auto *dialog = qobject_cast<QFileDialog *>(modal);
             dialog->setDirectory(folder);
+            auto *name = dialog->findChild<QLineEdit *>(u"fileNameEdit"_s);
             name->clear();
             QTest::keyClicks(name, u"exported"_s);
             QTest::keyClick(name, Qt::Key_Return);
         });
-        typist.start(10);
         if (command == 0)
             window.ExportPicture();
         if (command == 1)

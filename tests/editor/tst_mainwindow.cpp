@@ -17,6 +17,7 @@
 #include <QImage>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPainter>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -140,6 +141,48 @@ private slots:
         // Selecting keys afterwards does not make it saved again.
         window.RefreshKeyDisplay(PhoneKeys::Digit(3));
         QVERIFY(!window.Doc().IsSaved());
+    }
+
+    void accessKeysPressTheSoftKeys_data()
+    {
+        QTest::addColumn<int>("letter");
+        QTest::addColumn<int>("key");
+        QTest::newRow("Alt+L") << int(Qt::Key_L) << int(PhoneKeys::Lsk);
+        QTest::newRow("Alt+R") << int(Qt::Key_R) << int(PhoneKeys::Rsk);
+    }
+    void accessKeysPressTheSoftKeys()
+    {
+        QFETCH(int, letter);
+        QFETCH(int, key);
+        MainWindow &window = Start();
+        window.Editor()->CommentBox()->setFocus();
+        QTest::keyClick(&window, Qt::Key(letter), Qt::AltModifier);
+        QCOMPARE(window.ActiveButton(), key);
+        QVERIFY(window.Keypad()->CMD(key)->hasFocus());
+    }
+
+    void activationFocusesKeyOneBackFromTheProgramsWindows_data()
+    {
+        QTest::addColumn<bool>("aboutBox");
+        QTest::newRow("message box") << false;
+        QTest::newRow("about box") << true;
+    }
+    void activationFocusesKeyOneBackFromTheProgramsWindows()
+    {
+        QFETCH(bool, aboutBox);
+        MainWindow &window = Start();
+        QTest::mouseClick(window.Keypad()->CMD(PhoneKeys::Digit(5)), Qt::LeftButton);
+        window.Editor()->CommentBox()->setFocus();
+        OnNextModal([](QWidget *modal) { modal->close(); });
+        if (aboutBox)
+            window.About();
+        else
+            QMessageBox(QMessageBox::Warning, u"Note!"_s, u"Message"_s, QMessageBox::Ok, &window).exec();
+        window.activateWindow(); // as the window manager does when the dialog goes
+        QTRY_VERIFY(window.isActiveWindow());
+        // Dialogs that belong to a command give the focus back where it was.
+        QCOMPARE(window.ActiveButton(), aboutBox ? int(PhoneKeys::Digit1) : int(PhoneKeys::Digit(5)));
+        QCOMPARE(window.Keypad()->CMD(PhoneKeys::Digit1)->hasFocus(), aboutBox);
     }
 
     void unsupportedKeyIsNamed()
