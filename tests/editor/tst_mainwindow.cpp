@@ -16,7 +16,10 @@
 #include <QFile>
 #include <QImage>
 #include <QLabel>
+#include <QKeyEvent>
 #include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QPainter>
 #include <QPushButton>
@@ -279,6 +282,59 @@ private slots:
         QCOMPARE(ToolTip(PhoneKeys::Cam), u" CTRL + SHIFT + A "_s);
         QVERIFY(!window.Doc().IsSaved());
         window.Keys().Clear();
+    }
+
+    void snapshotHoldsOnlyTheKeysStillDown_data()
+    {
+        // What takes the keyboard while Ctrl is held; its release never arrives.
+        QTest::addColumn<int>("between");
+        QTest::newRow("modal message box") << 0;
+        QTest::newRow("menu") << 1;
+        QTest::newRow("another window") << 2;
+        QTest::newRow("the platform says it is up") << 3;
+        QTest::newRow("C went down while a dialog had the keyboard") << 4;
+    }
+    void snapshotHoldsOnlyTheKeysStillDown()
+    {
+        QFETCH(int, between);
+        MainWindow &window = Start();
+        const auto send = [&window](QEvent::Type type, Qt::Key key, quint32 xKeyCode, quint32 keysym) {
+            QKeyEvent event(type, key, Qt::NoModifier, xKeyCode, keysym, 0);
+            QCoreApplication::sendEvent(&window, &event);
+        };
+        send(QEvent::KeyPress, Qt::Key_Control, 37, 0xffe3);
+        QWidget other;
+        QMenu *menu = window.menuBar()->actions().constLast()->menu();
+        switch (between) {
+        case 0:
+            OnNextModal([](QWidget *modal) { modal->close(); });
+            QMessageBox(QMessageBox::Warning, u"Note!"_s, u"Open"_s, QMessageBox::Ok, &window).exec();
+            break;
+        case 1:
+            menu->popup(window.mapToGlobal(QPoint(20, 20)));
+            QTRY_VERIFY(menu->isVisible());
+            menu->close();
+            break;
+        case 2:
+            other.show();
+            other.activateWindow();
+            QTRY_VERIFY(other.isActiveWindow());
+            break;
+        case 4: // the platform names a key code learnt from an earlier press
+            send(QEvent::KeyPress, Qt::Key_C, 54, 0x63);
+            send(QEvent::KeyRelease, Qt::Key_C, 54, 0x63);
+            [[fallthrough]];
+        case 3:
+            window.Keys().SetPlatformQuery([] { return QSet<quint32>{54}; });
+            break;
+        }
+        window.activateWindow();
+        QTRY_VERIFY(window.isActiveWindow());
+        if (between != 4)
+            send(QEvent::KeyPress, Qt::Key_C, 54, 0x63);
+        KeyAction captured;
+        QVERIFY(CaptureKeyboard(captured, window.Keys().Snapshot()));
+        QCOMPARE(std::pair(int(captured.Modifiers), int(captured.KeyCode)), std::pair(0, 67)); // C alone
     }
 
     void languageFileAppliesToTheWindow()
