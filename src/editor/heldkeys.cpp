@@ -3,9 +3,19 @@
 
 #include <QGuiApplication>
 #include <QKeyEvent>
+#include <QWidget>
 
 #include <array>
+#include <cstdlib>
+#include <memory>
 #include <utility>
+
+#ifdef Q_OS_WIN
+#include <qt_windows.h>
+#endif
+#if defined(PADMAPPER_HAS_XCB) && QT_CONFIG(xcb)
+#include <xcb/xcb.h>
+#endif
 
 using namespace Qt::StringLiterals;
 
@@ -153,6 +163,59 @@ int WindowsVirtualKey(const QKeyEvent &event)
 }
 #endif
 
+// The code by which the platform names a key when asked which keys are down:
+// the X key code (the scan code of a key event under X11 and Wayland), and
+// under Windows the virtual-key code itself.
+quint32 PlatformKeyCode(const QKeyEvent &event, int virtualKey)
+{
+#ifdef Q_OS_WIN
+    Q_UNUSED(event);
+    return static_cast<quint32>(virtualKey);
+#else
+    Q_UNUSED(virtualKey);
+    return event.nativeScanCode();
+#endif
+}
+
+#ifdef Q_OS_WIN
+// Windows keeps the state of every key for the program's thread, whichever of
+// its windows had the keyboard.
+std::optional<QSet<quint32>> QueryWindowsHeldKeys()
+{
+    std::array<BYTE, 256> state{};
+    if (!GetKeyboardState(state.data()))
+        return std::nullopt;
+    QSet<quint32> down;
+    for (quint32 vk = 0; vk < state.size(); ++vk) {
+        if (state[vk] & 0x80)
+            down.insert(vk);
+    }
+    return down;
+}
+#endif
+
+#if defined(PADMAPPER_HAS_XCB) && QT_CONFIG(xcb)
+// The X server's bitmap of the key codes held down, whichever window has the
+// keyboard.
+std::optional<QSet<quint32>> QueryX11HeldKeys()
+{
+    const auto *x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
+    xcb_connection_t *connection = x11 ? x11->connection() : nullptr;
+    if (!connection)
+        return std::nullopt;
+    const std::unique_ptr<xcb_query_keymap_reply_t, decltype(&std::free)> reply(
+        xcb_query_keymap_reply(connection, xcb_query_keymap(connection), nullptr), &std::free);
+    if (!reply)
+        return std::nullopt;
+    QSet<quint32> down;
+    for (quint32 code = 0; code < 8 * sizeof reply->keys; ++code) {
+        if (reply->keys[code / 8] & (1u << (code % 8)))
+            down.insert(code);
+    }
+    return down;
+}
+#endif
+
 } // namespace
 
 int VirtualKeyOf(const QKeyEvent &event)
@@ -178,14 +241,35 @@ int VirtualKeyOf(const QKeyEvent &event)
 
 HeldKeys::HeldKeys(QObject *parent) : QObject(parent)
 {
+#ifdef Q_OS_WIN
+    if (QGuiApplication::platformName() == "windows"_L1) {
+        m_query = QueryWindowsHeldKeys;
+        // Windows names every key by its virtual-key code.
+        for (int vk = 1; vk < 256; ++vk)
+            m_learnt.insert(static_cast<quint32>(vk), vk);
+    }
+#elif defined(PADMAPPER_HAS_XCB) && QT_CONFIG(xcb)
+    if (QGuiApplication::platformName() == "xcb"_L1)
+        m_query = QueryX11HeldKeys;
+#endif
 }
 
 KeyboardState HeldKeys::Snapshot() const
 {
     KeyboardState state{};
-    for (const int vk : m_held) {
-        if (vk > 0 && vk < int(state.size()))
-            state[static_cast<std::size_t>(vk)] = KeyDown;
+    QHash<int, quint32> held = m_held;
+    if (const std::optional<QSet<quint32>> down = m_query ? m_query() : std::nullopt) {
+        // A key whose release went elsewhere is up by now; a known key pressed
+        // while another window had the keyboard is down.
+        held.removeIf([&down](const auto &key) { return key.value() != 0 && !down->contains(key.value()); });
+        for (const quint32 code : *down) {
+            if (const int vk = m_learnt.value(code))
+                held.insert(vk, code);
+        }
+    }
+    for (auto key = held.cbegin(); key != held.cend(); ++key) {
+        if (key.key() > 0 && key.key() < int(state.size()))
+            state[static_cast<std::size_t>(key.key())] = KeyDown;
     }
     return state;
 }
@@ -199,8 +283,11 @@ bool HeldKeys::eventFilter(QObject *watched, QEvent *event)
         if (!key->isAutoRepeat()) {
             const int vk = VirtualKeyOf(*key);
             if (vk != 0) {
+                const quint32 code = PlatformKeyCode(*key, vk);
+                if (code != 0)
+                    m_learnt.insert(code, vk);
                 if (event->type() == QEvent::KeyPress)
-                    m_held.insert(vk);
+                    m_held.insert(vk, code);
                 else
                     m_held.remove(vk);
             }
@@ -210,8 +297,16 @@ bool HeldKeys::eventFilter(QObject *watched, QEvent *event)
         break;
     }
     case QEvent::ApplicationDeactivate:
-        // Keys released in another program never reach us.
+    case QEvent::WindowDeactivate:
+    case QEvent::WindowBlocked:
+        // Another program or window has the keyboard, or a modal dialog keeps
+        // the key events from this one: releases no longer reach us.
         m_held.clear();
+        break;
+    case QEvent::Show:
+        // An open menu or list takes the keyboard in the same way.
+        if (watched->isWidgetType() && static_cast<QWidget *>(watched)->windowType() == Qt::Popup)
+            m_held.clear();
         break;
     default:
         break;

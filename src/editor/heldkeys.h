@@ -3,8 +3,12 @@
 
 #include "keymap/keyboardcapture.h"
 
+#include <QHash>
 #include <QObject>
 #include <QSet>
+
+#include <functional>
+#include <optional>
 
 class QKeyEvent;
 
@@ -17,25 +21,42 @@ int VirtualKeyOf(const QKeyEvent &event);
 // Keeps track of the keys held while the application has a focused window, as
 // the keyboard snapshot of the capture needs them. While swallowing, key events
 // are kept from the widgets (so that a held Space does not press a button).
+//
+// A key released while another window, a menu or another program has the
+// keyboard sends no release here, so the held keys are forgotten whenever a
+// window of the program loses the keyboard. Where the platform can tell which
+// keys are down, the snapshot asks it as well.
 class HeldKeys : public QObject
 {
     Q_OBJECT
 
 public:
+    // The codes of the keys held down right now as the platform reports them
+    // (X key codes, the scan codes of X11 key events; Windows virtual-key
+    // codes); nothing where it cannot tell.
+    using PlatformQuery = std::function<std::optional<QSet<quint32>>()>;
+
+    // Asks the X server under X11 and the keyboard state under Windows.
     explicit HeldKeys(QObject *parent = nullptr);
 
     KeyboardState Snapshot() const;
     void SetSwallowing(bool swallow) { m_swallow = swallow; }
+    void SetPlatformQuery(PlatformQuery query) { m_query = std::move(query); }
     void Clear() { m_held.clear(); }
 
     // For tests and for platforms that report no releases: press and release.
-    void Press(int virtualKey) { m_held.insert(virtualKey); }
+    void Press(int virtualKey) { m_held.insert(virtualKey, 0); }
     void Release(int virtualKey) { m_held.remove(virtualKey); }
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    QSet<int> m_held;
+    // Held virtual keys with their platform codes (0 when unknown).
+    QHash<int, quint32> m_held;
+    // The virtual key of every platform code seen so far, so that a key the
+    // platform reports down can be named even when its press went elsewhere.
+    QHash<quint32, int> m_learnt;
+    PlatformQuery m_query;
     bool m_swallow = false;
 };

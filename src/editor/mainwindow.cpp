@@ -10,6 +10,7 @@
 #include "keymap/keymapwriter.h"
 #include "keymap/keytable.h"
 #include "phonekeypad.h"
+#include "settingswindow.h"
 #include "uploadwindow.h"
 #include "phone/profileupload.h"
 #include "profile/document.h"
@@ -41,6 +42,7 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QVBoxLayout>
+#include <QWindow>
 
 using namespace Qt::StringLiterals;
 
@@ -83,6 +85,16 @@ constexpr std::array<std::int16_t ModifierFlags::*, ActionEditor::ModifierBoxCou
     &ModifierFlags::LeftShift,  &ModifierFlags::LeftCtrl,  &ModifierFlags::LeftAlt,  &ModifierFlags::LeftWin,
     &ModifierFlags::RightShift, &ModifierFlags::RightCtrl, &ModifierFlags::RightAlt, &ModifierFlags::RightWin,
 };
+
+// The program's own windows. When one of them hands the activation back, the
+// main window puts the focus on key "1" as when it first opened; message boxes
+// and file dialogs belong to the command that showed them and leave the focus
+// where it was, and so does coming back from another program.
+bool IsProgramWindow(QWidget *window)
+{
+    return qobject_cast<AboutDialog *>(window) || qobject_cast<KeymapView *>(window)
+           || qobject_cast<SettingsWindow *>(window) || qobject_cast<UploadWindow *>(window);
+}
 
 bool IsModifierKey(int virtualKey)
 {
@@ -163,6 +175,9 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
     connect(m_sendButton, &QPushButton::clicked, this, &MainWindow::SendProfile);
     connect(m_loadPictureButton, &QPushButton::clicked, this, &MainWindow::ImportPicture);
 
+    m_focusWindowWatch
+        = connect(qApp, &QGuiApplication::focusWindowChanged, this, &MainWindow::FocusWindowChanged);
+
     m_countdown.setInterval(CountdownInterval);
     connect(&m_countdown, &QTimer::timeout, this, &MainWindow::CountdownTick);
 
@@ -172,6 +187,9 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
 MainWindow::~MainWindow()
 {
     qApp->removeEventFilter(m_heldKeys);
+    // Tearing the window down moves the focus; this half-destroyed window must
+    // not be told.
+    disconnect(m_focusWindowWatch);
     // The font database must not be set up after the application is gone.
     if (m_fontsSetUp.valid())
         m_fontsSetUp.wait();
@@ -452,6 +470,17 @@ void MainWindow::SetKeyButtonsEnabled(bool enabled)
     m_keypad->SetKeyButtonsEnabled(enabled);
 }
 
+void MainWindow::FocusWindowChanged(QWindow *window)
+{
+    // No focus window: another program has the keyboard, and the window that
+    // was active before it still decides.
+    if (!window)
+        return;
+    if (window == windowHandle() && m_activationFocusesFirstKey)
+        m_keypad->CMD(FirstFocusedKey)->setFocus(Qt::ActiveWindowFocusReason);
+    m_activationFocusesFirstKey = IsProgramWindow(QApplication::activeWindow());
+}
+
 void MainWindow::StartSnapshot()
 {
     if (m_countdown.isActive())
@@ -541,6 +570,7 @@ void MainWindow::OpenFile(const QString &path)
         m_settings.HidPath = info.absolutePath();
         if (!m_document->ReadKeymap(AbsoluteFilePath(path), false))
             return;
+        m_document->RemovePicture();
         m_document->SetCurrentFile(AbsoluteFilePath(path));
         RefreshKeyDisplay(-1);
         UpdateCaption();

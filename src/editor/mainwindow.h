@@ -20,6 +20,7 @@ class PhoneKeypad;
 class QAction;
 class QMenu;
 class QPushButton;
+class QWindow;
 struct DocumentMessage;
 
 // The editor window: the phone with its 22 key buttons, the editor of the
@@ -99,6 +100,7 @@ private:
     QString KeyDisplayText(int index) const;
     void CheckSupportedKey();
     void SetKeyButtonsEnabled(bool enabled);
+    void FocusWindowChanged(QWindow *window);
     void WriteBackSettings();
     // The port, speed and language the settings window stored.
     void TakeStoredSettings();
@@ -148,4 +150,8 @@ private:
     QTimer m_countdown;
     int m_ticks = 0;
     bool m_closing = false;
+    // Whether the main window's next activation puts the focus on key "1": at
+    // first, and when one of the program's own windows was active last.
+    bool m_activationFocusesFirstKey = true;
+    QMetaObject::Connection m_focusWindowWatch;
 };

@@ -502,6 +502,15 @@ bool PhoneKeyButton::hitButton(const QPoint &pos) const
     return m_face.contains(QPointF(pos) + QPointF(0.5, 0.5));
 }
 
+bool PhoneKeyButton::event(QEvent *event)
+{
+    // The access key of a caption ("&Left") selects the key as a click does:
+    // the focus moves to it, then it is pressed.
+    if (event->type() == QEvent::Shortcut && isEnabled())
+        setFocus(Qt::ShortcutFocusReason);
+    return QAbstractButton::event(event);
+}
+
 void PhoneKeyButton::focusInEvent(QFocusEvent *event)
 {
     QAbstractButton::focusInEvent(event);

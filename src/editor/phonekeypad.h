@@ -54,6 +54,7 @@ signals:
     void FocusLost(int index);
 
 protected:
+    bool event(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     bool hitButton(const QPoint &pos) const override;
     void focusInEvent(QFocusEvent *event) override;

@@ -207,6 +207,13 @@ bool Document::AdoptPicture(const QString &path)
     return decoded;
 }
 
+void Document::RemovePicture()
+{
+    // The temporary copy stays on the list of temporary files until exit.
+    m_picture = ProfilePicture();
+    emit PictureChanged();
+}
+
 bool Document::SaveProfile(QString &path, bool asCopy)
 {
     std::optional<ProfileMessage> message;

@@ -87,6 +87,8 @@ public:
     // of the program's own copies). Returns whether it could be decoded. When no
     // whole copy can be made, a message says why and the picture stays as it was.
     bool AdoptPicture(const QString &path);
+    // Leaves the document without a picture, as a bare keymap is.
+    void RemovePicture();
 
     // Writes the document as a profile. Unless asCopy, path gets ".hid" when it
     // has another extension and becomes the document's file name. Raises the

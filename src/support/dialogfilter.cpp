@@ -35,7 +35,17 @@ QString ToQtFilter(const QString &filter)
 
 int QtFilterIndex(const QString &filter, const QString &chosen)
 {
-    return static_cast<int>(ToQtFilter(filter).split(";;"_L1).indexOf(chosen));
+    const qsizetype whole = ToQtFilter(filter).split(";;"_L1).indexOf(chosen);
+    if (whole >= 0)
+        return static_cast<int>(whole);
+    // A dialog that hides the name filter details gives back the text it
+    // showed: the filter's own text, without the patterns Qt appended.
+    const QList<DialogFilter> filters = ParseDialogFilter(filter);
+    for (qsizetype i = 0; i < filters.size(); ++i) {
+        if (filters[i].Text.simplified() == chosen.simplified())
+            return static_cast<int>(i);
+    }
+    return -1;
 }
 
 QString CompleteSaveName(const QString &name, const QString &pattern)

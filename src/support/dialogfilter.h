@@ -18,7 +18,9 @@ QList<DialogFilter> ParseDialogFilter(const QString &filter);
 // in parentheses ("Keymaps (*.kcf)"), joined by ";;". Show them with the name
 // filter details hidden, so that the text reads exactly as written.
 QString ToQtFilter(const QString &filter);
-// The index of a Qt filter string made by ToQtFilter, -1 when none.
+// The index of the filter a Qt file dialog reports as chosen: a Qt filter
+// string made by ToQtFilter, or only its text when the dialog hid the name
+// filter details; -1 when none.
 int QtFilterIndex(const QString &filter, const QString &chosen);
 
 // The name a save dialog returns: when the chosen filter's pattern is at least

@@ -6,10 +6,13 @@
 #include "scripteddialogs.h"
 #include "settings/settingsstore.h"
 
+#include <QApplication>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
+#include <functional>
 #include <memory>
 
 // The main window over scripted dialogs, with its settings file in a folder of
@@ -48,6 +51,22 @@ protected:
         (void)QTest::qWaitForWindowActive(m_window.get(), 2000);
         QCoreApplication::processEvents();
         return *m_window;
+    }
+
+    // Runs act on the next modal window once it has the keyboard, as a user
+    // would; act closes it.
+    static void OnNextModal(const std::function<void(QWidget *)> &act)
+    {
+        auto *poll = new QTimer(qApp);
+        QObject::connect(poll, &QTimer::timeout, poll, [poll, act] {
+            QWidget *modal = QApplication::activeModalWidget();
+            if (!modal || !modal->isActiveWindow())
+                return;
+            poll->deleteLater();
+            poll->stop();
+            act(modal);
+        });
+        poll->start(10);
     }
 
     // Closes the window without questions and forgets the settings.

@@ -22,6 +22,7 @@ public:
     QString LastOpenFolder;
     QString LastSaveProposal;
     int PortDialogs = 0;
+    bool RealSaveDialog = false; // the file dialog itself, for a test to drive
     std::function<void()> OnConfigurePort;
 
     void ShowMessage(QWidget *, const DocumentMessage &message) override
@@ -40,9 +41,12 @@ public:
         LastOpenFolder = folder;
         return NextOpen;
     }
-    ChosenFile SaveFileName(QWidget *, const QString &, const QString &proposed, const QString &) override
+    ChosenFile SaveFileName(QWidget *parent, const QString &title, const QString &proposed,
+                            const QString &filter) override
     {
         LastSaveProposal = proposed;
+        if (RealSaveDialog)
+            return StandardEditorDialogs().SaveFileName(parent, title, proposed, filter);
         return ChosenFile{NextSave, 0};
     }
     bool ConfigurePort(QWidget *) override

@@ -11,8 +11,10 @@
 #include "../testfiles.h"
 
 #include <QFile>
+#include <QFileDialog>
 #include <QImage>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -101,6 +103,11 @@ private slots:
         QCOMPARE(window.SaveButton()->text(), u"Save Keymap"_s);
         QVERIFY(!window.SendButton()->isEnabled());
         QCOMPARE(window.Doc().CurrentKeymap(), SampleKeymap());
+        // A keymap has no picture: the one shown so far goes, and cannot be exported.
+        QVERIFY(window.Doc().Picture().PictureTempPath.isEmpty());
+        QVERIFY(qobject_cast<PhoneScreen *>(window.Keypad()->ScreenArea())->Picture().isNull());
+        window.ExportPicture();
+        QVERIFY(m_dialogs->LastSaveProposal.isEmpty());
 
         window.Doc().SetComment(PhoneKeys::Digit(3), u"Fenster"_s);
         QVERIFY(window.Save());
@@ -157,6 +164,42 @@ private slots:
         QCOMPARE(window.CurrentSettings().KcfPath, Path(u"kcf-out"_s));
         QVERIFY(window.Doc().IsSaved()); // exporting changes nothing
         QVERIFY(window.Doc().CurrentFile().isEmpty());
+    }
+
+    void saveDialogsCompleteTheTypedName_data()
+    {
+        QTest::addColumn<int>("command");
+        QTest::addColumn<QString>("written");
+        QTest::newRow("export picture") << 0 << u"exported.png"_s;
+        QTest::newRow("export keymap") << 1 << u"exported.kcf"_s;
+        QTest::newRow("save as of a keymap, then save") << 2 << u"exported.kcf"_s;
+    }
+    void saveDialogsCompleteTheTypedName()
+    {
+        QFETCH(int, command);
+        QFETCH(QString, written);
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+        MainWindow &window = Start();
+        const QString folder = Folder(QString::fromLatin1(QTest::currentDataTag()));
+        if (command == 2)
+            window.OpenFile(MakeKeymap(folder + u"/k.kcf"_s));
+        m_dialogs->RealSaveDialog = true;
+        // Types the name into the file dialog and presses Return, as a user does.
+        OnNextModal([&](QWidget *modal) {
+            auto *dialog = qobject_cast<QFileDialog *>(modal);
+            dialog->setDirectory(folder);
+            auto *name = dialog->findChild<QLineEdit *>(u"fileNameEdit"_s);
+            name->clear();
+            QTest::keyClicks(name, u"exported"_s);
+            QTest::keyClick(name, Qt::Key_Return);
+        });
+        if (command == 0)
+            window.ExportPicture();
+        if (command == 1)
+            window.ExportKeymap();
+        if (command == 2)
+            QVERIFY(window.SaveAs() && window.Save());
+        QCOMPARE(QDir(folder).entryList({u"exported*"_s}), QStringList{written});
     }
 
     void cancelledDialogsChangeNothing()

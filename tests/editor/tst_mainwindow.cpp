@@ -18,7 +18,11 @@
 #include <QFile>
 #include <QImage>
 #include <QLabel>
+#include <QKeyEvent>
 #include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
 #include <QPainter>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -83,7 +87,8 @@ private slots:
         QTest::addColumn<QString>("caption");
         QTest::newRow("joystick up") << int(PhoneKeys::Up) << u"Function of Button: \"Joystick up\""_s;
         QTest::newRow("camera") << int(PhoneKeys::Cam) << u"Function of Button: \"Camera\""_s;
-        QTest::newRow("left soft key") << int(PhoneKeys::Lsk) << u"Function of Button: \"Left\""_s;
+        QTest::newRow("left soft key by Alt+L") << int(PhoneKeys::Lsk) << u"Function of Button: \"Left\""_s;
+        QTest::newRow("right soft key by Alt+R") << int(PhoneKeys::Rsk) << u"Function of Button: \"Right\""_s;
         QTest::newRow("digit") << int(PhoneKeys::Digit(7)) << u"Function of Button: \"7\""_s;
     }
     void frameCaptionNamesTheKey()
@@ -91,7 +96,11 @@ private slots:
         QFETCH(int, key);
         QFETCH(QString, caption);
         MainWindow &window = Start();
-        window.RefreshKeyDisplay(key);
+        if (key == PhoneKeys::Lsk || key == PhoneKeys::Rsk) // by their access keys, from the editor
+            QTest::keyClick(window.Editor()->CommentBox(), key == PhoneKeys::Lsk ? Qt::Key_L : Qt::Key_R, Qt::AltModifier);
+        else
+            window.RefreshKeyDisplay(key);
+        QCOMPARE(window.ActiveButton(), key);
         QCOMPARE(window.Editor()->title(), caption);
     }
 
@@ -270,6 +279,70 @@ private slots:
         QCOMPARE(ToolTip(PhoneKeys::Cam), u" CTRL + SHIFT + A "_s);
         QVERIFY(!window.Doc().IsSaved());
         window.Keys().Clear();
+    }
+
+    void keyboardTakenInBetween_data()
+    {
+        // What takes the keyboard while Ctrl is held; its release never arrives.
+        QTest::addColumn<int>("between");
+        QTest::addColumn<int>("focusedAfter");
+        QTest::newRow("modal message box") << 0 << int(PhoneKeys::Digit(5));
+        QTest::newRow("about box") << 1 << int(PhoneKeys::Digit1);
+        QTest::newRow("menu") << 2 << int(PhoneKeys::Digit(5));
+        QTest::newRow("another window") << 3 << int(PhoneKeys::Digit(5));
+        QTest::newRow("the platform says it is up") << 4 << int(PhoneKeys::Digit(5));
+        QTest::newRow("C went down while a dialog had the keyboard") << 5 << int(PhoneKeys::Digit(5));
+    }
+    void keyboardTakenInBetween()
+    {
+        QFETCH(int, between);
+        QFETCH(int, focusedAfter);
+        MainWindow &window = Start();
+        QTest::mouseClick(window.Keypad()->CMD(PhoneKeys::Digit(5)), Qt::LeftButton);
+        const auto send = [&window](QEvent::Type type, Qt::Key key, quint32 xKeyCode, quint32 keysym) {
+            QKeyEvent event(type, key, Qt::NoModifier, xKeyCode, keysym, 0);
+            QCoreApplication::sendEvent(&window, &event);
+        };
+        send(QEvent::KeyPress, Qt::Key_Control, 37, 0xffe3);
+        QWidget other;
+        QMenu *menu = window.menuBar()->actions().constLast()->menu();
+        switch (between) {
+        case 0:
+        case 1:
+            OnNextModal([](QWidget *modal) { modal->close(); });
+            if (between == 1)
+                window.About();
+            else
+                QMessageBox(QMessageBox::Warning, u"Note!"_s, u"Open"_s, QMessageBox::Ok, &window).exec();
+            break;
+        case 2:
+            menu->popup(window.mapToGlobal(QPoint(20, 20)));
+            QTRY_VERIFY(menu->isVisible());
+            menu->close();
+            break;
+        case 3:
+            other.show();
+            other.activateWindow();
+            QTRY_VERIFY(other.isActiveWindow());
+            break;
+        case 5: // the platform names a key code learnt from an earlier press
+            send(QEvent::KeyPress, Qt::Key_C, 54, 0x63);
+            send(QEvent::KeyRelease, Qt::Key_C, 54, 0x63);
+            [[fallthrough]];
+        case 4:
+            window.Keys().SetPlatformQuery([] { return QSet<quint32>{54}; });
+            break;
+        }
+        window.activateWindow(); // as the window manager does when the other one goes
+        QTRY_VERIFY(window.isActiveWindow());
+        // Only the program's own windows hand the focus back to key "1"; message
+        // boxes belong to a command and leave it where it was.
+        QCOMPARE(window.ActiveButton(), focusedAfter);
+        if (between != 5)
+            send(QEvent::KeyPress, Qt::Key_C, 54, 0x63);
+        KeyAction captured;
+        QVERIFY(CaptureKeyboard(captured, window.Keys().Snapshot()));
+        QCOMPARE(std::pair(int(captured.Modifiers), int(captured.KeyCode)), std::pair(0, 67)); // C alone
     }
 
     void languageFileAppliesToTheWindow()

@@ -35,6 +35,7 @@ private slots:
     {
         const QString filter = u"A|*.a|B|*.b;*.c"_s;
         QCOMPARE(QtFilterIndex(filter, u"B (*.b *.c)"_s), 1);
+        QCOMPARE(QtFilterIndex(filter, u"B"_s), 1); // as shown with the details hidden
         QCOMPARE(QtFilterIndex(filter, u"C (*.c)"_s), -1);
         QCOMPARE(ParseDialogFilter(filter).at(1).Pattern, u"*.b;*.c"_s);
     }
