@@ -30,11 +30,14 @@ class UploadWindow : public QDialog
     Q_OBJECT
 
 public:
-    // request.WriteProfileCopy is called on the window's own thread when the
-    // transfer starts (so it may use the document and raise messages), and only
-    // when a port is configured; the copy it returns is deleted at the end,
-    // however the transfer ends. Error messages go through dialogs.
-    UploadWindow(UploadRequest request, EditorDialogs &dialogs, QWidget *parent = nullptr);
+    // writeProfileCopy writes the profile into a new temporary file and returns
+    // its path, or "" on failure. It is called on the window's own thread when
+    // the transfer starts (so it may use the document and raise messages), and
+    // only when a port is configured; the copy is sent as request's profile and
+    // deleted at the end, however the transfer ends. Error messages go through
+    // dialogs.
+    UploadWindow(UploadRequest request, std::function<QString()> writeProfileCopy, EditorDialogs &dialogs,
+                 QWidget *parent = nullptr);
     ~UploadWindow() override;
 
     bool IsRunning() const { return m_running; }
@@ -59,16 +62,16 @@ private:
     void TransferEnded();
 
     EditorDialogs &m_dialogs;
-    PortSettings m_port;
+    UploadRequest m_request;
     std::function<QString()> m_writeProfileCopy;
+    // Made when the transfer starts, with the finished copy.
     std::unique_ptr<ProfileUpload> m_upload;
     std::unique_ptr<QThread> m_worker;
-    // Written before the worker starts, read by it; not touched again until it ends.
-    QString m_copyPath;
     // Set by the worker, read once it has ended.
     UploadResult m_result = UploadResult::Failed;
     bool m_started = false;
     bool m_running = false;
+    bool m_abortRequested = false;
 
     QLabel *m_status = nullptr;
     QProgressBar *m_progress = nullptr;

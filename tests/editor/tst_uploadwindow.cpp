@@ -36,12 +36,6 @@ QByteArray TestData(qsizetype size)
     return data;
 }
 
-bool PortIsFree(const QString &portName)
-{
-    SerialLink link;
-    return link.OpenPort(portName, 115200);
-}
-
 // With PADMAPPER_SCREENSHOTS naming a folder, the window is saved there as a PNG.
 void Screenshot(QWidget &window, const QString &name)
 {
@@ -70,7 +64,7 @@ struct Upload
         request.RemoteName = RemoteName;
         request.ReadTimeoutMs = QuickTimeoutMs;
         request.OpenPauseMs = 0;
-        request.WriteProfileCopy = [this, copyFails] {
+        const auto writeProfileCopy = [this, copyFails] {
             ++writes;
             // The document belongs to the window's thread: no copy from the worker.
             offThread |= QThread::currentThread() != qApp->thread();
@@ -81,7 +75,7 @@ struct Upload
             QFile file(path);
             return file.open(QIODevice::WriteOnly) && file.write(data) == data.size() ? path : QString();
         };
-        window = std::make_unique<UploadWindow>(std::move(request), dialogs);
+        window = std::make_unique<UploadWindow>(std::move(request), writeProfileCopy, dialogs);
         QObject::connect(window.get(), &QWidget::windowTitleChanged,
                          [this](const QString &caption) { captions << caption; });
         window->open();
@@ -131,7 +125,7 @@ private slots:
         QCOMPARE(upload.copies.size(), 1);
         QVERIFY(!upload.offThread);
         QVERIFY(upload.CopiesGone());
-        QVERIFY(PortIsFree(phone.PortName()));
+        QVERIFY(!phone.PortIsExclusive());
         QVERIFY(!window.AbortButton()->isEnabled());
         QVERIFY(window.OkButton()->isEnabled());
         Screenshot(window, u"upload-success"_s);
@@ -179,7 +173,7 @@ private slots:
         QCOMPARE(phone.Requests().last().toHex(' '), QByteArray("ff 00 03"));
         QVERIFY(phone.Files().isEmpty());
         QVERIFY(upload.CopiesGone());
-        QVERIFY(PortIsFree(phone.PortName()));
+        QVERIFY(!phone.PortIsExclusive());
     }
 
     // One failure before the copy, one of the copy, one of the phone; every
@@ -219,7 +213,7 @@ private slots:
         QTEST(upload.writes, "writes");
         QVERIFY(upload.CopiesGone());
         QVERIFY(phone.Files().isEmpty());
-        QVERIFY(PortIsFree(phone.PortName()));
+        QVERIFY(!phone.PortIsExclusive());
     }
 
     void destroyedMidTransferWaitsForTheWorker()
@@ -232,7 +226,7 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(upload.window->Progress()->value() > 0, TransferTimeoutMs);
         upload.window.reset();
         QVERIFY(upload.CopiesGone());
-        QVERIFY(PortIsFree(phone.PortName()));
+        QVERIFY(!phone.PortIsExclusive());
         QVERIFY(phone.Files().isEmpty());
     }
 
@@ -266,7 +260,7 @@ private slots:
         QVERIFY(!made.isEmpty());
         for (const QString &path : made)
             QVERIFY2(!QFile::exists(path), qPrintable(path));
-        QVERIFY(PortIsFree(phone.PortName()));
+        QVERIFY(!phone.PortIsExclusive());
     }
 
     // A keymap has no picture: the document says so, then the upload ends as
