@@ -3,6 +3,7 @@
 
 #include "clioutput.h"
 #include "phone/profileupload.h"
+#include "phone/uploadsignalguard.h"
 #include "profile/picture.h"
 #include "profile/profilearchive.h"
 #include "profile/tar.h"
@@ -14,8 +15,6 @@
 #include <QRegularExpression>
 
 #include <algorithm>
-#include <atomic>
-#include <csignal>
 #include <cstdio>
 
 #ifdef Q_OS_WIN
@@ -31,24 +30,6 @@ namespace {
 constexpr qint32 DefaultSpeed = 115200;
 constexpr int ProgressBarWidth = 30;
 const QStringList ValueOptions = {u"--port"_s, u"--speed"_s, u"--name"_s};
-
-std::atomic<ProfileUpload *> g_upload{nullptr};
-std::atomic<int> g_interrupts{0};
-static_assert(std::atomic<ProfileUpload *>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
-
-// The first Ctrl-C aborts like the Abort button; a second one ends the program
-// at once.
-extern "C" void InterruptUpload(int signalNumber)
-{
-    if (g_interrupts.fetch_add(1) == 0) {
-        if (ProfileUpload *upload = g_upload.load())
-            upload->Abort();
-        return;
-    }
-    DeleteTempFilesFromSignalHandler();
-    std::signal(signalNumber, SIG_DFL);
-    std::raise(signalNumber);
-}
 
 bool StdoutIsTerminal()
 {
@@ -196,14 +177,20 @@ int RunUpload(const QStringList &arguments)
                          barShown = true;
                      });
 
-    g_interrupts.store(0);
-    g_upload.store(&upload);
-    const auto previousHandler = std::signal(SIGINT, InterruptUpload);
-    const UploadResult result = upload.Run();
-    std::signal(SIGINT, previousHandler == SIG_ERR ? SIG_DFL : previousHandler);
-    g_upload.store(nullptr);
+    int signalNumber = 0;
+    UploadResult result = UploadResult::Failed;
+    {
+        const UploadSignalGuard guard(upload, DeleteTempFilesFromSignalHandler);
+        result = upload.Run();
+        signalNumber = guard.Received();
+    }
     if (barShown)
         WriteStdout("\n");
+    if (signalNumber != 0) {
+        Complain(u"upload aborted"_s);
+        DeleteTempFiles();
+        UploadSignalGuard::EndAsSignalled(signalNumber);
+    }
 
     switch (result) {
     case UploadResult::Succeeded:

@@ -791,6 +791,11 @@ void MainWindow::SendProfile()
     };
     UploadWindow window(std::move(request), writeProfileCopy, m_dialogs, this);
     window.exec();
+    // A termination signal ended the upload as Abort does; now the program ends.
+    if (window.EndedBySignal() != 0) {
+        m_endingSignal = window.EndedBySignal();
+        QCoreApplication::exit();
+    }
 }
 
 void MainWindow::WriteBackSettings()

@@ -2,7 +2,9 @@
 #include "uploadwindow.h"
 
 #include "editordialogs.h"
+#include "phone/uploadsignalguard.h"
 #include "profile/document.h"
+#include "profile/tempfiles.h"
 #include "settings/languagetext.h"
 
 #include <QHBoxLayout>
@@ -100,6 +102,8 @@ void UploadWindow::StartTransfer()
     connect(m_upload.get(), &ProfileUpload::StatusChanged, m_status, &QLabel::setText, Qt::QueuedConnection);
     connect(m_upload.get(), &ProfileUpload::ProgressChanged, this, &UploadWindow::ShowProgress,
             Qt::QueuedConnection);
+    m_signals = std::make_unique<UploadSignalGuard>(*m_upload, DeleteTempFilesFromSignalHandler);
+    connect(m_signals.get(), &UploadSignalGuard::Arrived, this, &UploadWindow::AbortTransfer);
 
     m_worker.reset(QThread::create([this] { m_result = m_upload->Run(); }));
     m_worker->setObjectName(u"upload"_s);
@@ -138,8 +142,12 @@ void UploadWindow::TransferEnded()
 {
     m_worker->wait();
     m_running = false;
+    m_endedBySignal = m_signals->Received();
+    m_signals.reset();
 
-    switch (m_result) {
+    // After a signal the program is ending: no message, no waiting for OK,
+    // even when the last piece was through before the signal came.
+    switch (m_endedBySignal != 0 ? UploadResult::Aborted : m_result) {
     case UploadResult::Aborted:
         QDialog::done(QDialog::Rejected);
         return;

@@ -14,6 +14,7 @@ class QLabel;
 class QProgressBar;
 class QPushButton;
 class QThread;
+class UploadSignalGuard;
 
 // The window that sends the open profile to the phone: one status line, a
 // progress bar with the percentage also in the caption, Abort and OK. The
@@ -25,6 +26,10 @@ class QThread;
 // message. A failure ends with one message box, after which the window closes.
 // After a success the window stays open with the success line until OK. The
 // window does not close, and is not destroyed, before the worker has ended.
+//
+// While the transfer runs, SIGINT, SIGTERM and SIGHUP end it as Abort does (the
+// port closed, the copy deleted); EndedBySignal() then tells the owner to end
+// the program as that signal would have.
 class UploadWindow : public QDialog
 {
     Q_OBJECT
@@ -43,6 +48,8 @@ public:
     bool IsRunning() const { return m_running; }
     // How the transfer ended; meaningful once IsRunning() turned false.
     UploadResult Result() const { return m_result; }
+    // The signal that ended the transfer, 0 when none did.
+    int EndedBySignal() const { return m_endedBySignal; }
 
     QLabel *StatusLabel() const { return m_status; }
     QProgressBar *Progress() const { return m_progress; }
@@ -66,12 +73,14 @@ private:
     std::function<QString()> m_writeProfileCopy;
     // Made when the transfer starts, with the finished copy.
     std::unique_ptr<ProfileUpload> m_upload;
+    std::unique_ptr<UploadSignalGuard> m_signals;
     std::unique_ptr<QThread> m_worker;
     // Set by the worker, read once it has ended.
     UploadResult m_result = UploadResult::Failed;
     bool m_started = false;
     bool m_running = false;
     bool m_abortRequested = false;
+    int m_endedBySignal = 0;
 
     QLabel *m_status = nullptr;
     QProgressBar *m_progress = nullptr;

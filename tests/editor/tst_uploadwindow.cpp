@@ -19,6 +19,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <csignal>
 
 using namespace Qt::StringLiterals;
 
@@ -135,14 +136,17 @@ private slots:
         QCOMPARE(window.result(), int(QDialog::Accepted));
     }
 
-    // Abort, Escape and the window's frame all end the transfer after the
-    // current packet; the window then closes without a message.
+    // Abort, Escape, the window's frame and the signals that end a program
+    // all end the transfer after the current packet; the window then closes
+    // without a message, and after a signal tells the program to end.
     void abortClosesSilently_data()
     {
-        QTest::addColumn<int>("way");
+        QTest::addColumn<int>("way"); // a signal number from 3 on
         QTest::newRow("Abort button") << 0;
         QTest::newRow("Escape") << 1;
         QTest::newRow("closed by the frame") << 2;
+        QTest::newRow("SIGTERM") << int(SIGTERM);
+        QTest::newRow("SIGHUP") << int(SIGHUP);
     }
     void abortClosesSilently()
     {
@@ -162,13 +166,16 @@ private slots:
             window.AbortButton()->click();
         else if (way == 1)
             QTest::keyClick(&window, Qt::Key_Escape);
-        else
+        else if (way == 2)
             QVERIFY(!window.close());
+        else
+            QCOMPARE(std::raise(way), 0);
         QVERIFY(window.isVisible());
-        QVERIFY(!window.AbortButton()->isEnabled());
+        QTRY_VERIFY(!window.AbortButton()->isEnabled());
         QTRY_VERIFY_WITH_TIMEOUT(!window.isVisible(), TransferTimeoutMs);
 
         QCOMPARE(window.Result(), UploadResult::Aborted);
+        QCOMPARE(window.EndedBySignal(), way > 2 ? way : 0);
         QVERIFY(upload.dialogs.Shown.isEmpty());
         QCOMPARE(phone.Requests().last().toHex(' '), QByteArray("ff 00 03"));
         QVERIFY(phone.Files().isEmpty());

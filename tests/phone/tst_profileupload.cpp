@@ -414,20 +414,49 @@ private slots:
         QVERIFY(upload.TempFolderEmpty());
     }
 
-    void cliCtrlCAborts()
+    // Each signal aborts like the Abort button, which closes the port, and
+    // then ends the tool as the signal does; a second signal, or a phone that
+    // stops answering, ends it sooner, with the port released all the same.
+    void cliSignalsAbortFirst_data()
     {
+        QTest::addColumn<int>("signalNumber");
+        QTest::addColumn<bool>("twice");
+        QTest::addColumn<int>("stallAfter"); // requests the phone answers
+        QTest::addColumn<int>("withinMs");
+        QTest::newRow("SIGTERM") << int(SIGTERM) << false << -1 << 5000;
+        QTest::newRow("SIGHUP") << int(SIGHUP) << false << -1 << 5000;
+        QTest::newRow("Ctrl-C") << int(SIGINT) << false << -1 << 5000;
+        // Connect and the first piece are answered, the Abort is not.
+        QTest::newRow("silent phone: ends before its read time-out") << int(SIGTERM) << false << 2 << 4000;
+        QTest::newRow("a second signal ends at once") << int(SIGHUP) << true << 2 << 2000;
+    }
+    void cliSignalsAbortFirst()
+    {
+        QFETCH(int, signalNumber);
+        QFETCH(bool, twice);
+        QFETCH(int, stallAfter);
+        QFETCH(int, withinMs);
         FakePhone::Options options;
         options.LineBps = 115200;
+        options.StallAfter = stallAfter;
         FakePhone phone(options);
         QVERIFY(phone.Start());
         CliUpload upload(ProfileBytes(100000), {u"--port"_s, phone.PortName()});
         QVERIFY(upload.Sending());
-        ::kill(pid_t(upload.cli.processId()), SIGINT);
-        QVERIFY(upload.cli.waitForFinished(30000));
-        QCOMPARE(upload.cli.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(upload.cli.exitCode(), 1);
-        QVERIFY(upload.cli.readAllStandardError().contains("aborted"));
-        QCOMPARE(LastRequest(phone), QByteArray("ff 00 03"));
+        const auto tool = pid_t(upload.cli.processId());
+        QCOMPARE(::kill(tool, signalNumber), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(LastRequest(phone), QByteArray("ff 00 03"), 10000);
+        QElapsedTimer timer;
+        timer.start();
+        if (twice)
+            QCOMPARE(::kill(tool, signalNumber), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(upload.cli.state(), QProcess::NotRunning, 30000);
+        QVERIFY2(timer.elapsed() < withinMs, qPrintable(QString::number(timer.elapsed())));
+        QCOMPARE(upload.cli.exitStatus(), QProcess::CrashExit);
+        QCOMPARE(upload.cli.exitCode(), signalNumber);
+        QCOMPARE(upload.cli.readAllStandardError().contains("upload aborted"), stallAfter < 0);
+        QVERIFY(!phone.PortIsExclusive());
+        QVERIFY(phone.Files().isEmpty());
         QVERIFY(upload.TempFolderEmpty());
     }
 
