@@ -3,15 +3,18 @@
 
 #include "clioutput.h"
 #include "phone/profileupload.h"
+#include "phone/uploadsignalguard.h"
+#include "profile/picture.h"
 #include "profile/profilearchive.h"
+#include "profile/tar.h"
 #include "profile/tempfiles.h"
 #include "settings/filemessage.h"
+#include "settings/languagetext.h"
 
 #include <QFile>
 #include <QRegularExpression>
 
-#include <atomic>
-#include <csignal>
+#include <algorithm>
 #include <cstdio>
 
 #ifdef Q_OS_WIN
@@ -27,24 +30,6 @@ namespace {
 constexpr qint32 DefaultSpeed = 115200;
 constexpr int ProgressBarWidth = 30;
 const QStringList ValueOptions = {u"--port"_s, u"--speed"_s, u"--name"_s};
-
-std::atomic<ProfileUpload *> g_upload{nullptr};
-std::atomic<int> g_interrupts{0};
-static_assert(std::atomic<ProfileUpload *>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
-
-// The first Ctrl-C aborts like the Abort button; a second one ends the program
-// at once, without leaving the profile copy behind.
-extern "C" void InterruptUpload(int signalNumber)
-{
-    if (g_interrupts.fetch_add(1) == 0) {
-        if (ProfileUpload *upload = g_upload.load())
-            upload->Abort();
-        return;
-    }
-    DeleteTempFilesFromSignalHandler();
-    std::signal(signalNumber, SIG_DFL);
-    std::raise(signalNumber);
-}
 
 bool StdoutIsTerminal()
 {
@@ -83,15 +68,20 @@ PortSettings PortFromArgument(const QString &port, qint32 speed)
     return settings;
 }
 
-// The copy that is sent, or "" after saying why it could not be made.
-QString CopyToTempFile(const QString &profile)
+// A profile lists as a tar archive with a picture entry and a keymap entry;
+// only the headers are read, however large the file.
+bool IsProfileFile(const QString &path)
 {
-    FileError error;
-    const QString path = MakeTempFile(error);
-    if (!path.isEmpty() && CopyWholeFile(profile, path, &error))
-        return path;
-    Complain(ProfileMessageText(ProfileMessage::CreatingFileFailed, error));
-    return QString();
+    cTar tar;
+    if (!tar.GetContents(path))
+        return false;
+    const QList<TarEntry> &entries = tar.Entries();
+    const auto has = [&entries](auto isWanted) {
+        return std::any_of(entries.begin(), entries.end(),
+                           [&](const TarEntry &entry) { return isWanted(LowerExtension(entry.Name)); });
+    };
+    return has([](const QString &extension) { return ProfilePictureExtensions().contains(extension); })
+           && has([](const QString &extension) { return extension == "kcf"_L1; });
 }
 
 // Draws "[#####.....]  42%  126.0 of 292.9 KB, 11 KB/s" over the current
@@ -155,16 +145,20 @@ int RunUpload(const QStringList &arguments)
         Complain(FileFailureMessage(u"no profile"_s, profileError));
         return ExitStatus::Failure;
     }
+    if (!IsProfileFile(profile)) {
+        const QString text = LanguageText(u"Errors"_s, u"NotAProfile"_s,
+                                          u"%f is not a profile (a tar archive with a picture and a "
+                                          "keymap)."_s);
+        Complain(FillPlaceholders(text, {{"%f"_L1, profile}}));
+        return ExitStatus::Failure;
+    }
 
+    // The user's file is finished already: it is sent as it is, not copied.
     UploadRequest request;
     request.Port = PortFromArgument(port, speed);
     request.RemoteName = name.isEmpty() ? RemoteProfileName(profile) : name;
-    bool copyFailed = false; // and said why
-    request.WriteProfileCopy = [profile, &copyFailed] {
-        const QString copy = CopyToTempFile(profile);
-        copyFailed = copy.isEmpty();
-        return copy;
-    };
+    request.ProfilePath = profile;
+    request.OwnsProfile = false;
 
     ProfileUpload upload(request);
     const bool terminal = StdoutIsTerminal();
@@ -183,14 +177,20 @@ int RunUpload(const QStringList &arguments)
                          barShown = true;
                      });
 
-    g_interrupts.store(0);
-    g_upload.store(&upload);
-    const auto previousHandler = std::signal(SIGINT, InterruptUpload);
-    const UploadResult result = upload.Run();
-    std::signal(SIGINT, previousHandler == SIG_ERR ? SIG_DFL : previousHandler);
-    g_upload.store(nullptr);
+    int signalNumber = 0;
+    UploadResult result = UploadResult::Failed;
+    {
+        const UploadSignalGuard guard(upload, DeleteTempFilesFromSignalHandler);
+        result = upload.Run();
+        signalNumber = guard.Received();
+    }
     if (barShown)
         WriteStdout("\n");
+    if (signalNumber != 0) {
+        Complain(u"upload aborted"_s);
+        DeleteTempFiles();
+        UploadSignalGuard::EndAsSignalled(signalNumber);
+    }
 
     switch (result) {
     case UploadResult::Succeeded:
@@ -201,7 +201,6 @@ int RunUpload(const QStringList &arguments)
     case UploadResult::Failed:
         break;
     }
-    if (!copyFailed)
-        Complain(upload.ErrorText());
+    Complain(upload.ErrorText());
     return ExitStatus::Failure;
 }

@@ -776,7 +776,7 @@ void MainWindow::SendProfile()
     request.Port = PortSettings{m_settings.COMPort, m_settings.PortName, m_settings.Speed};
     request.RemoteName = RemoteProfileName(m_document->CurrentFile());
     // Called by the upload window on this thread, before its worker starts.
-    request.WriteProfileCopy = [this] {
+    const auto writeProfileCopy = [this] {
         FileError error;
         QString path = MakeTempFile(error);
         if (path.isEmpty()) {
@@ -789,8 +789,13 @@ void MainWindow::SendProfile()
         }
         return path;
     };
-    UploadWindow window(std::move(request), m_dialogs, this);
+    UploadWindow window(std::move(request), writeProfileCopy, m_dialogs, this);
     window.exec();
+    // A termination signal ended the upload as Abort does; now the program ends.
+    if (window.EndedBySignal() != 0) {
+        m_endingSignal = window.EndedBySignal();
+        QCoreApplication::exit();
+    }
 }
 
 void MainWindow::WriteBackSettings()

@@ -74,8 +74,11 @@ public:
     void About();
     void OpenReadme();
     void OpenSettings();
-    // Sends the profile to the phone in the modal upload window.
+    // Sends the profile to the phone in the modal upload window. When a
+    // termination signal ended the upload, the application's event loop ends
+    // and EndingSignal() names the signal.
     void SendProfile();
+    int EndingSignal() const { return m_endingSignal; }
     // A dropped file, by its extension: profile, keymap or picture.
     void DropFile(const QString &path);
 
@@ -154,4 +157,5 @@ private:
     // first, and when one of the program's own windows was active last.
     bool m_activationFocusesFirstKey = true;
     QMetaObject::Connection m_focusWindowWatch;
+    int m_endingSignal = 0;
 };

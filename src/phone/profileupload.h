@@ -8,7 +8,6 @@
 #include <QString>
 
 #include <atomic>
-#include <functional>
 
 // The configured serial port. 0 or empty means "not configured".
 struct PortSettings
@@ -23,7 +22,7 @@ QString SerialPortName(const PortSettings &port);
 bool IsPortConfigured(const PortSettings &port);
 // "COM%p" becomes the port's name; any other "%p" the port number on Windows,
 // the name elsewhere.
-QString FillPortPlaceholder(QString text, const PortSettings &port);
+QString FillPortPlaceholder(const QString &text, const PortSettings &port);
 
 // The name a document is sent under: its file name without folder and
 // extension, plus ".hid"; the localised "Unnamed.hid" for a document never saved
@@ -35,16 +34,20 @@ enum class UploadError {
     None,
     PortNotSet, // no port or no speed configured
     FileNotWritten, // the profile copy could not be made or read
+    NameTooLong, // the remote name does not fit in the first packet
     PortNotOpened,
     PortInUse, // held by another program, or not ours to open
+    PortHeld, // a running program has the port open
+    PortLeftLocked, // a program that ended without closing the port left it locked
     PhoneSilent, // no answer to the AT commands
     ObexNotStarted, // an answer without CONNECT
     ObexNotConnected, // the OBEX Connect was refused or not answered
     PutFailed,
 };
 
-// The user's message for an error, in the active language.
-QString UploadErrorText(UploadError error, const PortSettings &port);
+// The user's message for an error, in the active language; holder names the
+// program for PortHeld.
+QString UploadErrorText(UploadError error, const PortSettings &port, const PortHolder &holder = {});
 
 enum class UploadResult { Succeeded, Failed, Aborted };
 
@@ -52,17 +55,20 @@ struct UploadRequest
 {
     PortSettings Port;
     QString RemoteName;
-    // Writes the profile into a new temporary file and returns its path, or ""
-    // on failure. The upload deletes that file when it ends, on every path.
-    std::function<QString()> WriteProfileCopy;
+    // The finished profile file to send; "" when it could not be written.
+    QString ProfilePath;
+    // Whether the upload owns that file (a copy written for it): it then
+    // deletes the file when it ends, on every path.
+    bool OwnsProfile = false;
     int ReadTimeoutMs = DefaultReadTimeoutMs;
     // The pause between opening the port and the first command.
     int OpenPauseMs = 1000;
 };
 
-// One upload of a profile to the phone: write the copy, open the port, switch
-// the phone to OBEX, connect, put, disconnect; the port is closed and the copy
-// deleted however it ends. Run() blocks; a window runs it on a worker thread
+// One upload of a profile to the phone: open the port, switch the phone to
+// OBEX, connect, put, disconnect; the port is closed and an owned profile file
+// deleted however it ends. A name too long to send is refused before the port
+// is opened. Run() blocks; a window runs it on a worker thread
 // (the signals then arrive queued on the window's thread) and calls Abort()
 // from its own. Run it once per object.
 class ProfileUpload : public QObject
@@ -97,8 +103,10 @@ signals:
     void Finished(UploadResult result);
 
 private:
-    UploadResult Transfer(QString &copyPath);
+    UploadResult Transfer();
     bool Fail(UploadError error);
+    // The sending status line for the bytes sent so far and the rate.
+    QString SendingText(qint64 bytesSent, qint32 rate) const;
     bool Pause();
     void Status(const QString &text);
 

@@ -19,6 +19,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <csignal>
 
 using namespace Qt::StringLiterals;
 
@@ -34,12 +35,6 @@ QByteArray TestData(qsizetype size)
     for (qsizetype i = 0; i < size; ++i)
         data[i] = char((i * 7 + i / 251) & 0xFF);
     return data;
-}
-
-bool PortIsFree(const QString &portName)
-{
-    SerialLink link;
-    return link.OpenPort(portName, 115200);
 }
 
 // With PADMAPPER_SCREENSHOTS naming a folder, the window is saved there as a PNG.
@@ -70,7 +65,7 @@ struct Upload
         request.RemoteName = RemoteName;
         request.ReadTimeoutMs = QuickTimeoutMs;
         request.OpenPauseMs = 0;
-        request.WriteProfileCopy = [this, copyFails] {
+        const auto writeProfileCopy = [this, copyFails] {
             ++writes;
             // The document belongs to the window's thread: no copy from the worker.
             offThread |= QThread::currentThread() != qApp->thread();
@@ -81,7 +76,7 @@ struct Upload
             QFile file(path);
             return file.open(QIODevice::WriteOnly) && file.write(data) == data.size() ? path : QString();
         };
-        window = std::make_unique<UploadWindow>(std::move(request), dialogs);
+        window = std::make_unique<UploadWindow>(std::move(request), writeProfileCopy, dialogs);
         QObject::connect(window.get(), &QWidget::windowTitleChanged,
                          [this](const QString &caption) { captions << caption; });
         window->open();
@@ -131,7 +126,7 @@ private slots:
         QCOMPARE(upload.copies.size(), 1);
         QVERIFY(!upload.offThread);
         QVERIFY(upload.CopiesGone());
-        QVERIFY(PortIsFree(phone.PortName()));
+        QVERIFY(!phone.PortIsExclusive());
         QVERIFY(!window.AbortButton()->isEnabled());
         QVERIFY(window.OkButton()->isEnabled());
         Screenshot(window, u"upload-success"_s);
@@ -141,14 +136,17 @@ private slots:
         QCOMPARE(window.result(), int(QDialog::Accepted));
     }
 
-    // Abort, Escape and the window's frame all end the transfer after the
-    // current packet; the window then closes without a message.
+    // Abort, Escape, the window's frame and the signals that end a program
+    // all end the transfer after the current packet; the window then closes
+    // without a message, and after a signal tells the program to end.
     void abortClosesSilently_data()
     {
-        QTest::addColumn<int>("way");
+        QTest::addColumn<int>("way"); // a signal number from 3 on
         QTest::newRow("Abort button") << 0;
         QTest::newRow("Escape") << 1;
         QTest::newRow("closed by the frame") << 2;
+        QTest::newRow("SIGTERM") << int(SIGTERM);
+        QTest::newRow("SIGHUP") << int(SIGHUP);
     }
     void abortClosesSilently()
     {
@@ -168,18 +166,21 @@ private slots:
             window.AbortButton()->click();
         else if (way == 1)
             QTest::keyClick(&window, Qt::Key_Escape);
-        else
+        else if (way == 2)
             QVERIFY(!window.close());
+        else
+            QCOMPARE(std::raise(way), 0);
         QVERIFY(window.isVisible());
-        QVERIFY(!window.AbortButton()->isEnabled());
+        QTRY_VERIFY(!window.AbortButton()->isEnabled());
         QTRY_VERIFY_WITH_TIMEOUT(!window.isVisible(), TransferTimeoutMs);
 
         QCOMPARE(window.Result(), UploadResult::Aborted);
+        QCOMPARE(window.EndedBySignal(), way > 2 ? way : 0);
         QVERIFY(upload.dialogs.Shown.isEmpty());
         QCOMPARE(phone.Requests().last().toHex(' '), QByteArray("ff 00 03"));
         QVERIFY(phone.Files().isEmpty());
         QVERIFY(upload.CopiesGone());
-        QVERIFY(PortIsFree(phone.PortName()));
+        QVERIFY(!phone.PortIsExclusive());
     }
 
     // One failure before the copy, one of the copy, one of the phone; every
@@ -219,7 +220,7 @@ private slots:
         QTEST(upload.writes, "writes");
         QVERIFY(upload.CopiesGone());
         QVERIFY(phone.Files().isEmpty());
-        QVERIFY(PortIsFree(phone.PortName()));
+        QVERIFY(!phone.PortIsExclusive());
     }
 
     void destroyedMidTransferWaitsForTheWorker()
@@ -232,7 +233,7 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(upload.window->Progress()->value() > 0, TransferTimeoutMs);
         upload.window.reset();
         QVERIFY(upload.CopiesGone());
-        QVERIFY(PortIsFree(phone.PortName()));
+        QVERIFY(!phone.PortIsExclusive());
         QVERIFY(phone.Files().isEmpty());
     }
 
@@ -266,7 +267,7 @@ private slots:
         QVERIFY(!made.isEmpty());
         for (const QString &path : made)
             QVERIFY2(!QFile::exists(path), qPrintable(path));
-        QVERIFY(PortIsFree(phone.PortName()));
+        QVERIFY(!phone.PortIsExclusive());
     }
 
     // A keymap has no picture: the document says so, then the upload ends as

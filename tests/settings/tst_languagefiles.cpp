@@ -191,7 +191,7 @@ QStringList Placeholders(const QString &text)
 {
     // "COM%p" is a token of its own: on systems without COM ports the whole of
     // it becomes the device name.
-    static const QRegularExpression placeholder(u"COM%p|%[fptbrn]"_s);
+    static const QRegularExpression placeholder(u"COM%p|%[fptbrnaim]"_s);
     QStringList found;
     for (const QRegularExpressionMatch &m : placeholder.globalMatch(text))
         found << m.captured();
