@@ -30,7 +30,7 @@ Document::~Document()
 
 bool Document::IsKeymapDocument() const
 {
-    return LowerExtension(m_currentFile) == "kcf"_L1;
+    return FileKindOf(m_currentFile) == FileKind::Keymap;
 }
 
 QString Document::DisplayName() const
