@@ -61,6 +61,16 @@ QString DialogText(const QString &key, const QString &english)
     return LanguageText(u"CommonDialog"_s, key, english);
 }
 
+QString KeymapFilter()
+{
+    return DialogText(u"Filter_kcf"_s, u"Keymap Configuration Files (*.kcf)"_s) + "|*.kcf"_L1;
+}
+
+QString SaveKeymapTitle()
+{
+    return DialogText(u"Caption_SaveKcf"_s, u"Save Keymap as..."_s);
+}
+
 // The names of the keys that show symbols instead of words.
 struct SymbolKeyName
 {
@@ -262,38 +272,18 @@ void MainWindow::Startup(const QStringList &arguments)
             path = close < 0 ? path.mid(open + 1) : path.mid(open + 1, close - open - 1);
         }
     }
-    // A file that is not there is passed over in silence; one that is there
-    // but cannot be read gets its message before the default document comes.
     bool opened = false;
-    if (!path.isEmpty() && PathExists(path)) {
-        const QString extension = QFileInfo(path).suffix().toLower();
-        if (extension == "hid"_L1 || extension == "tar"_L1) {
-            QCoreApplication::processEvents();
-            opened = m_document->OpenProfile(AbsoluteFilePath(path));
-            m_document->SetSaved(true);
-        } else if (extension == "kcf"_L1 && m_document->ReadKeymap(AbsoluteFilePath(path), false)) {
-            m_document->SetCurrentFile(AbsoluteFilePath(path));
-            UpdateCaption();
-            m_document->SetSaved(true);
-            opened = true;
-        }
+    if (!path.isEmpty()) {
+        // The window is drawn before the file is read.
+        QCoreApplication::processEvents();
+        opened = m_document->OpenAtStart(path);
     }
     if (opened)
         m_document->DropReadAhead();
     else
-        OpenDefaultProfile();
+        m_document->OpenTemplate(FindProgramFile(u"Desktop.hid"_s));
     RefreshKeyDisplay(FirstFocusedKey);
     m_keypad->CMD(FirstFocusedKey)->setFocus();
-}
-
-void MainWindow::OpenDefaultProfile()
-{
-    const QString defaultProfile = FindProgramFile(u"Desktop.hid"_s);
-    if (!defaultProfile.isEmpty())
-        m_document->OpenProfile(defaultProfile);
-    m_document->SetCurrentFile(QString());
-    UpdateCaption();
-    m_document->SetSaved(true);
 }
 
 void MainWindow::ApplyMainWindowLanguage()
@@ -373,7 +363,6 @@ void MainWindow::RefreshKeyDisplay(int index)
 {
     if (index >= 0 && index < PhoneKeys::Count)
         m_activeButton = index;
-    const bool saved = m_document->IsSaved();
     m_filling = true;
     m_editor->SetMessage(QString(), false);
     m_keypad->SetActiveButton(m_activeButton);
@@ -396,7 +385,6 @@ void MainWindow::RefreshKeyDisplay(int index)
             m_editor->ModifierBox(i)->setChecked(flags.*ModifierBoxFlags[static_cast<std::size_t>(i)] != 0);
     }
     m_filling = false;
-    m_document->SetSaved(saved);
 }
 
 void MainWindow::UpdateToolTip(int scope)
@@ -544,6 +532,26 @@ void MainWindow::ShowWriteFailed(const FileError &cause)
                                 DocumentMessage::Icon::Critical});
 }
 
+// Each kind of file has its folder: a dialog starts in it, and the file chosen
+// there moves it.
+QString MainWindow::AskOpenName(QString &folder, const QString &title, const QString &filter)
+{
+    const QString path = m_dialogs.OpenFileName(this, title, folder, filter);
+    if (!path.isEmpty())
+        folder = QFileInfo(path).absolutePath();
+    return path;
+}
+
+QString MainWindow::AskSaveName(QString &folder, const QString &title, const QString &name,
+                                const QString &filter)
+{
+    const QString path
+        = SaveDialogPath(m_dialogs.SaveFileName(this, title, QDir(folder).filePath(name), filter), filter);
+    if (!path.isEmpty())
+        folder = QFileInfo(path).absolutePath();
+    return path;
+}
+
 void MainWindow::Open()
 {
     if (!CheckSaved())
@@ -553,147 +561,72 @@ void MainWindow::Open()
                            + "|*.tar"_L1;
     const QString path = m_dialogs.OpenFileName(this, DialogText(u"Caption_OpenHid"_s, QString()),
                                                 m_settings.HidPath, filter);
-    if (path.isEmpty())
-        return;
-    OpenFile(path);
+    if (!path.isEmpty())
+        OpenFile(path);
 }
 
 void MainWindow::OpenFile(const QString &path)
 {
-    const QFileInfo info(path);
-    const QString extension = info.suffix().toLower();
-    if (extension == "hid"_L1 || extension == "tar"_L1) {
-        m_settings.HidPath = info.absolutePath();
-        m_document->OpenProfile(AbsoluteFilePath(path));
-    } else if (extension == "kcf"_L1) {
-        // Keymaps opened here move the profile folder, as they always did.
-        m_settings.HidPath = info.absolutePath();
-        if (!m_document->ReadKeymap(AbsoluteFilePath(path), false))
-            return;
-        m_document->RemovePicture();
-        m_document->SetCurrentFile(AbsoluteFilePath(path));
-        RefreshKeyDisplay(-1);
-        UpdateCaption();
-    }
+    // Open has one folder, for the keymaps it opens too.
+    if (m_document->Open(path))
+        m_settings.HidPath = QFileInfo(path).absolutePath();
 }
 
 bool MainWindow::Save()
 {
-    const QString file = m_document->CurrentFile();
-    if (file.isEmpty())
+    if (m_document->CurrentFile().isEmpty())
         return SaveAs();
-    const QString extension = QFileInfo(file).suffix().toLower();
-    bool saved = false;
-    if (extension == "kcf"_L1) {
-        FileError cause;
-        saved = WriteKeymapText(m_document->CurrentKeymap(), file, &cause);
-        if (!saved)
-            ShowWriteFailed(cause);
-    } else {
-        QString path = file;
-        saved = m_document->SaveProfile(path, false);
-    }
-    if (saved)
-        m_document->SetSaved(true);
-    return saved;
+    return m_document->Save();
 }
 
 bool MainWindow::SaveAs()
 {
-    const QString proposed = m_document->NameWithExtension();
-    if (!m_document->IsKeymapDocument()) {
-        const QString filter = DialogText(u"Filter_hid"_s, u"Remote Profiles (*.hid)"_s) + "|*.hid"_L1;
-        const EditorDialogs::ChosenFile chosen = m_dialogs.SaveFileName(
-            this, DialogText(u"Caption_Savehid"_s, u"Save Profile as..."_s),
-            QDir(m_settings.HidPath).filePath(proposed), filter);
-        QString path = SaveDialogPath(chosen, filter);
-        if (path.isEmpty())
-            return false;
-        m_settings.HidPath = QFileInfo(path).absolutePath();
-        if (!m_document->SaveProfile(path, false))
-            return false;
-        m_document->SetSaved(true);
-        return true;
-    }
-    const QString filter = DialogText(u"Filter_kcf"_s, u"Keymap Configuration Files (*.kcf)"_s) + "|*.kcf"_L1;
-    const EditorDialogs::ChosenFile chosen =
-        m_dialogs.SaveFileName(this, DialogText(u"Caption_SaveKcf"_s, u"Save Keymap as..."_s),
-                               QDir(m_settings.KcfPath).filePath(proposed), filter);
-    const QString path = SaveDialogPath(chosen, filter);
-    if (path.isEmpty())
-        return false;
-    m_settings.KcfPath = QFileInfo(path).absolutePath();
-    if (FileError cause; !WriteKeymapText(m_document->CurrentKeymap(), path, &cause)) {
-        ShowWriteFailed(cause);
-        return false;
-    }
-    m_document->SetCurrentFile(path);
-    m_document->SetSaved(true);
-    return true;
+    const QString name = m_document->NameWithExtension();
+    const QString path
+        = m_document->IsKeymapDocument()
+              ? AskSaveName(m_settings.KcfPath, SaveKeymapTitle(), name, KeymapFilter())
+              : AskSaveName(m_settings.HidPath, DialogText(u"Caption_Savehid"_s, u"Save Profile as..."_s), name,
+                            DialogText(u"Filter_hid"_s, u"Remote Profiles (*.hid)"_s) + "|*.hid"_L1);
+    return !path.isEmpty() && m_document->SaveAs(path);
 }
 
 void MainWindow::ImportPicture()
 {
     const QString filter = DialogText(u"Filter_Pics"_s, u"Picture Files (*.bmp,*.jpg,*.jpeg,*.gif)"_s)
                            + "|*.bmp;*.jpg;*.jpeg;*.gif;*.png"_L1;
-    const QString path = m_dialogs.OpenFileName(this, DialogText(u"Caption_LoadPicture"_s, u"Load Picture"_s),
-                                                m_settings.PicPath, filter);
-    if (path.isEmpty())
-        return;
-    m_settings.PicPath = QFileInfo(path).absolutePath();
-    if (!m_document->AdoptPicture(path))
-        return;
-    m_document->SetSaved(false);
-    if (m_document->IsKeymapDocument())
-        m_document->SetCurrentFile(QString());
-    UpdateCaption();
+    const QString path
+        = AskOpenName(m_settings.PicPath, DialogText(u"Caption_LoadPicture"_s, u"Load Picture"_s), filter);
+    if (!path.isEmpty())
+        m_document->ImportPicture(path);
 }
 
 void MainWindow::ImportKeymap()
 {
-    const QString filter = DialogText(u"Filter_kcf"_s, u"Keymap Configuration Files (*.kcf)"_s) + "|*.kcf"_L1;
-    const QString path = m_dialogs.OpenFileName(this, DialogText(u"Caption_LoadKeymap"_s, u"Load Keymap"_s),
-                                                m_settings.KcfPath, filter);
-    if (path.isEmpty())
-        return;
-    m_settings.KcfPath = QFileInfo(path).absolutePath();
-    if (m_document->ReadKeymap(path, false))
-        m_document->SetSaved(false);
+    const QString title = DialogText(u"Caption_LoadKeymap"_s, u"Load Keymap"_s);
+    const QString path = AskOpenName(m_settings.KcfPath, title, KeymapFilter());
+    if (!path.isEmpty())
+        m_document->ImportKeymap(path);
 }
 
 void MainWindow::ExportPicture()
 {
-    const ProfilePicture &picture = m_document->Picture();
-    if (picture.PictureTempPath.isEmpty())
+    if (m_document->Picture().PictureTempPath.isEmpty())
         return;
-    const QString extension = LowerExtension(picture.PictureName);
-    const QString name = (m_document->CurrentFile().isEmpty() ? DialogText(u"File_Unnamed"_s, u"Unnamed"_s)
-                                                              : ProfileBaseName(m_document->CurrentFile()))
-                         + u'.' + extension;
+    const QString extension = LowerExtension(m_document->Picture().PictureName);
     const QString filter = DialogText(u"Filter_File"_s, u"File"_s) + " (*."_L1 + extension + ")|*."_L1 + extension;
-    const EditorDialogs::ChosenFile chosen =
-        m_dialogs.SaveFileName(this, DialogText(u"Caption_SavePicture"_s, u"Save Picture as..."_s),
-                               QDir(m_settings.PicPath).filePath(name), filter);
-    const QString path = SaveDialogPath(chosen, filter);
-    if (path.isEmpty())
-        return;
-    m_settings.PicPath = QFileInfo(path).absolutePath();
-    if (FileError cause; !CopyWholeFile(picture.PictureTempPath, path, &cause))
-        ShowWriteFailed(cause);
+    const QString path
+        = AskSaveName(m_settings.PicPath, DialogText(u"Caption_SavePicture"_s, u"Save Picture as..."_s),
+                      m_document->DisplayName() + u'.' + extension, filter);
+    if (!path.isEmpty())
+        (void)m_document->ExportPicture(path);
 }
 
 void MainWindow::ExportKeymap()
 {
-    const QString filter = DialogText(u"Filter_kcf"_s, u"Keymap Configuration Files (*.kcf)"_s) + "|*.kcf"_L1;
-    const EditorDialogs::ChosenFile chosen =
-        m_dialogs.SaveFileName(this, DialogText(u"Caption_SaveKcf"_s, u"Save Keymap as..."_s),
-                               QDir(m_settings.KcfPath).filePath(m_document->DisplayName() + ".kcf"_L1), filter);
-    const QString path = SaveDialogPath(chosen, filter);
-    if (path.isEmpty())
-        return;
-    m_settings.KcfPath = QFileInfo(path).absolutePath();
-    if (FileError cause; !WriteKeymapText(m_document->CurrentKeymap(), path, &cause))
-        ShowWriteFailed(cause);
+    const QString name = m_document->DisplayName() + ".kcf"_L1;
+    const QString path = AskSaveName(m_settings.KcfPath, SaveKeymapTitle(), name, KeymapFilter());
+    if (!path.isEmpty())
+        (void)m_document->ExportKeymap(path);
 }
 
 void MainWindow::ViewKeymap()
@@ -719,22 +652,6 @@ void MainWindow::OpenReadme()
         QDesktopServices::openUrl(QUrl::fromLocalFile(path));
 }
 
-void MainWindow::DropFile(const QString &path)
-{
-    const QString extension = QFileInfo(path).suffix().toLower();
-    if (extension == "hid"_L1 || extension == "tar"_L1) {
-        m_document->OpenProfile(AbsoluteFilePath(path));
-    } else if (extension == "kcf"_L1) {
-        m_document->ReadKeymap(path, false);
-    } else if (IsProfilePictureName(path)) {
-        // Unlike Import, a dropped picture leaves the saved flag alone.
-        if (m_document->AdoptPicture(path) && m_document->IsKeymapDocument()) {
-            m_document->SetCurrentFile(QString());
-            UpdateCaption();
-        }
-    }
-}
-
 void MainWindow::dragEnterEvent(QDragEnterEvent *event)
 {
     if (event->mimeData()->hasUrls() && !IsCountingDown())
@@ -747,7 +664,7 @@ void MainWindow::dropEvent(QDropEvent *event)
     if (urls.isEmpty() || !urls.first().isLocalFile())
         return;
     event->acceptProposedAction();
-    DropFile(urls.first().toLocalFile());
+    m_document->Drop(urls.first().toLocalFile());
 }
 
 void MainWindow::OpenSettings()

@@ -62,6 +62,7 @@ public:
 
     // File commands.
     void Open();
+    // Opens a profile or a keymap as Open does, without asking.
     void OpenFile(const QString &path);
     bool Save();
     bool SaveAs();
@@ -76,8 +77,6 @@ public:
     void OpenSettings();
     // Sends the profile to the phone in the modal upload window.
     void SendProfile();
-    // A dropped file, by its extension: profile, keymap or picture.
-    void DropFile(const QString &path);
 
     // Keyboard capture: the countdown on the Snapshot button, then the chord.
     void StartSnapshot();
@@ -94,7 +93,10 @@ private:
     void BuildMenus();
     void ShowMessage(const DocumentMessage &message);
     void ShowWriteFailed(const FileError &cause);
-    void OpenDefaultProfile();
+    // A file name from the open or save dialog, which starts in folder; the
+    // file chosen moves folder to its own.
+    QString AskOpenName(QString &folder, const QString &title, const QString &filter);
+    QString AskSaveName(QString &folder, const QString &title, const QString &name, const QString &filter);
     void CountdownTick();
     void CaptureKeyboard(int index);
     QString KeyDisplayText(int index) const;

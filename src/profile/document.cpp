@@ -51,7 +51,7 @@ QString Document::Caption() const
 void Document::Edited(PhoneKey key)
 {
     emit KeyActionChanged(key);
-    SetSaved(false);
+    m_isSaved = false;
 }
 
 void Document::SetModifiers(PhoneKey key, int modifiers)
@@ -96,14 +96,6 @@ void Document::SetCurrentFile(const QString &path)
         return;
     m_currentFile = path;
     emit CurrentFileChanged();
-}
-
-void Document::SetSaved(bool saved)
-{
-    if (m_isSaved == saved)
-        return;
-    m_isSaved = saved;
-    emit SavedChanged(saved);
 }
 
 bool Document::ReadKeymap(const QString &source, bool isText, KeymapReadErrors fetched)
@@ -189,7 +181,7 @@ bool Document::OpenProfile(const QString &path)
         }
     }
     ReadKeymap(opened.KeymapText, true, opened.KeymapErrors);
-    SetSaved(true);
+    m_isSaved = true;
     return true;
 }
 

@@ -68,8 +68,6 @@ public:
     void SetKeyCode(PhoneKey key, int keyCode);
     void SetMouseAction(PhoneKey key, int mouseAction);
     void SetComment(PhoneKey key, const QString &comment);
-    void SetCurrentFile(const QString &path);
-    void SetSaved(bool saved);
 
     // The file commands. Every failure raises its message; nothing changes then.
 
@@ -145,12 +143,12 @@ signals:
     void KeymapReplaced();
     void PictureChanged();
     void CurrentFileChanged();
-    void SavedChanged(bool saved);
     // Emitted synchronously, in the order things happen.
     void MessageRaised(const DocumentMessage &message);
 
 private:
     void Edited(PhoneKey key);
+    void SetCurrentFile(const QString &path);
     // A keymap document that gets a picture is a profile, not yet named.
     void BecomeProfile();
     [[nodiscard]] bool WriteKeymap(const QString &path);

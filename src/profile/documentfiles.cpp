@@ -64,7 +64,7 @@ bool Document::OpenAtStart(const QString &path)
     case FileKind::Other:
         return false;
     }
-    SetSaved(true);
+    m_isSaved = true;
     return opened;
 }
 
@@ -73,7 +73,7 @@ void Document::OpenTemplate(const QString &path)
     if (!path.isEmpty())
         OpenProfile(path);
     SetCurrentFile(QString());
-    SetSaved(true);
+    m_isSaved = true;
 }
 
 void Document::Drop(const QString &path)
@@ -98,7 +98,7 @@ bool Document::ImportPicture(const QString &path)
 {
     if (!AdoptPicture(path))
         return false;
-    SetSaved(false);
+    m_isSaved = false;
     BecomeProfile();
     return true;
 }
@@ -107,7 +107,7 @@ bool Document::ImportKeymap(const QString &path)
 {
     if (!ReadKeymap(path, false))
         return false;
-    SetSaved(false);
+    m_isSaved = false;
     return true;
 }
 
@@ -133,7 +133,7 @@ bool Document::SaveAs(const QString &path)
         if (!SaveProfile(profile, false))
             return false;
     }
-    SetSaved(true);
+    m_isSaved = true;
     return true;
 }
 

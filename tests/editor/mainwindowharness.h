@@ -72,8 +72,6 @@ protected:
     // Closes the window without questions and forgets the settings.
     void Close()
     {
-        if (m_window)
-            m_window->Doc().SetSaved(true);
         m_window.reset();
         DeleteTempFiles();
         QFile::remove(Path(QStringLiteral("settings.ini")));
