@@ -21,9 +21,7 @@
 #include "support/nativefile.h"
 #include "support/programpaths.h"
 
-#include <QAbstractButton>
 #include <QApplication>
-#include <QCheckBox>
 #include <QCloseEvent>
 #include <QDesktopServices>
 #include <QDragEnterEvent>
@@ -31,13 +29,10 @@
 #include <QMimeData>
 #include <QThreadPool>
 #include <QUrl>
-#include <QComboBox>
 #include <QDir>
 #include <QFileInfo>
 #include <QFontDatabase>
 #include <QHBoxLayout>
-#include <QLabel>
-#include <QLineEdit>
 #include <QMenuBar>
 #include <QPushButton>
 #include <QScreen>
@@ -88,13 +83,6 @@ constexpr std::array<SymbolKeyName, 8> SymbolKeyNames = {{
     {PhoneKeys::VolDown, u"Frame_Minus", u"Minus"},
     {PhoneKeys::Cam, u"Frame_Camera", u"Camera"},
 }};
-
-// The modifier boxes in their order: left Shift, Ctrl, Alt, Windows, then the
-// right ones.
-constexpr std::array<std::int16_t ModifierFlags::*, ActionEditor::ModifierBoxCount> ModifierBoxFlags = {
-    &ModifierFlags::LeftShift,  &ModifierFlags::LeftCtrl,  &ModifierFlags::LeftAlt,  &ModifierFlags::LeftWin,
-    &ModifierFlags::RightShift, &ModifierFlags::RightCtrl, &ModifierFlags::RightAlt, &ModifierFlags::RightWin,
-};
 
 // The program's own windows. When one of them hands the activation back, the
 // main window puts the focus on key "1" as when it first opened; message boxes
@@ -174,11 +162,7 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
     connect(m_keypad, &PhoneKeypad::KeyButtonReleased, this, &MainWindow::RefreshKeyDisplay);
     connect(m_keypad, &PhoneKeypad::KeyButtonFocusLost, this, [this] { RefreshKeyDisplay(-1); });
 
-    connect(m_editor, &ActionEditor::ModifierBoxClicked, this, &MainWindow::ModifierBoxClicked);
-    connect(m_editor, &ActionEditor::DeviceChosen, this, &MainWindow::DeviceChosen);
-    connect(m_editor, &ActionEditor::SpecialKeyChanged, this, &MainWindow::SpecialKeyChanged);
-    connect(m_editor, &ActionEditor::MouseOptionClicked, this, &MainWindow::MouseOptionClicked);
-    connect(m_editor, &ActionEditor::CommentEdited, this, &MainWindow::CommentEdited);
+    connect(m_editor, &ActionEditor::ActionEdited, this, &MainWindow::ActionEdited);
     connect(m_editor->SnapshotButton(), &QPushButton::clicked, this, &MainWindow::StartSnapshot);
 
     connect(m_saveButton, &QPushButton::clicked, this, [this] { (void)Save(); });
@@ -363,28 +347,9 @@ void MainWindow::RefreshKeyDisplay(int index)
 {
     if (index >= 0 && index < PhoneKeys::Count)
         m_activeButton = index;
-    m_filling = true;
-    m_editor->SetMessage(QString(), false);
     m_keypad->SetActiveButton(m_activeButton);
     m_editor->setTitle(m_texts.FrameText + " \""_L1 + KeyDisplayText(m_activeButton) + u'"');
-
-    const KeyAction &action = m_document->Action(m_activeButton);
-    {
-        const QSignalBlocker deviceBlocker(m_editor->DeviceList());
-        const QSignalBlocker keyBlocker(m_editor->SpecialKeyList());
-        if (QAbstractButton *option = m_editor->MouseOption(action.MouseAction))
-            option->setChecked(true);
-        m_editor->ShowMovementPicture(action.MouseAction);
-        m_editor->DeviceList()->setCurrentIndex(action.IsMouse ? 1 : 0);
-        m_editor->ShowMousePanel(action.IsMouse);
-        m_editor->SpecialKeyList()->setCurrentText(KeyDisplayName(action.KeyCode));
-        m_editor->CommentBox()->setText(action.Comment);
-        int modifiers = action.Modifiers;
-        const ModifierFlags flags = ModifierToFlags(modifiers);
-        for (int i = 0; i < ActionEditor::ModifierBoxCount; ++i)
-            m_editor->ModifierBox(i)->setChecked(flags.*ModifierBoxFlags[static_cast<std::size_t>(i)] != 0);
-    }
-    m_filling = false;
+    m_editor->ShowAction(m_document->Action(m_activeButton));
 }
 
 void MainWindow::UpdateToolTip(int scope)
@@ -395,62 +360,16 @@ void MainWindow::UpdateToolTip(int scope)
         m_keypad->CMD(key)->setToolTip(KeyActionToolTip(m_document->Action(key), m_texts));
 }
 
-void MainWindow::ModifierBoxClicked()
+void MainWindow::ActionEdited(const KeyAction &action)
 {
-    if (m_filling)
-        return;
-    ModifierFlags flags;
-    for (int i = 0; i < ActionEditor::ModifierBoxCount; ++i)
-        flags.*ModifierBoxFlags[static_cast<std::size_t>(i)] = m_editor->ModifierBox(i)->isChecked() ? 1 : 0;
-    m_document->SetModifiers(m_activeButton, FlagsToModifier(flags));
-    UpdateToolTip(0);
-}
-
-void MainWindow::DeviceChosen(int index)
-{
-    if (m_filling)
-        return;
-    const bool mouse = index == 1;
-    m_editor->ShowMousePanel(mouse);
-    // The tool tip is rebuilt before the device is stored: it shows the
-    // previous device until the key's next edit or refresh.
-    UpdateToolTip(0);
-    m_document->SetIsMouse(m_activeButton, mouse);
-}
-
-void MainWindow::SpecialKeyChanged(const QString &text)
-{
-    if (m_filling)
-        return;
-    const int code = KeyCodeOfName(text.trimmed());
-    m_document->SetKeyCode(m_activeButton, code);
-    UpdateToolTip(0);
-    CheckSupportedKey();
-}
-
-void MainWindow::CheckSupportedKey()
-{
-    if (KeyToUsage(m_document->Action(m_activeButton).KeyCode) == "00"_L1)
-        m_editor->SetMessage(MainWindowText(u"Label_Error"_s, u"This key is not supported !"_s), true);
-    else
-        m_editor->SetMessage(QString(), false);
-}
-
-void MainWindow::MouseOptionClicked(int index)
-{
-    if (m_filling)
-        return;
-    m_document->SetMouseAction(m_activeButton, index);
-    m_editor->ShowMovementPicture(index);
-    UpdateToolTip(0);
-}
-
-void MainWindow::CommentEdited(const QString &text)
-{
-    if (m_filling)
-        return;
-    m_document->SetComment(m_activeButton, text);
-    UpdateToolTip(0);
+    // A new device is stored after the tool tip is rebuilt: the tip keeps the
+    // previous device's text until the key's next edit or refresh.
+    const bool deviceSwitched = action.IsMouse != m_document->Action(m_activeButton).IsMouse;
+    if (deviceSwitched)
+        UpdateToolTip(0);
+    m_document->SetAction(m_activeButton, action);
+    if (!deviceSwitched)
+        UpdateToolTip(0);
 }
 
 void MainWindow::SetKeyButtonsEnabled(bool enabled)

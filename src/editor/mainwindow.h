@@ -100,19 +100,14 @@ private:
     void CountdownTick();
     void CaptureKeyboard(int index);
     QString KeyDisplayText(int index) const;
-    void CheckSupportedKey();
     void SetKeyButtonsEnabled(bool enabled);
     void FocusWindowChanged(QWindow *window);
     void WriteBackSettings();
     // The port, speed and language the settings window stored.
     void TakeStoredSettings();
 
-    // Edits from the action editor.
-    void ModifierBoxClicked();
-    void DeviceChosen(int index);
-    void SpecialKeyChanged(const QString &text);
-    void MouseOptionClicked(int index);
-    void CommentEdited(const QString &text);
+    // Stores an edit from the action editor in the selected key.
+    void ActionEdited(const KeyAction &action);
 
     EditorDialogs &m_dialogs;
     SettingsStore &m_store;
@@ -148,7 +143,6 @@ private:
     KeymapView *m_keymapView = nullptr;
     KeyActionTexts m_texts;
     int m_activeButton = 0;
-    bool m_filling = false;
     QTimer m_countdown;
     int m_ticks = 0;
     bool m_closing = false;

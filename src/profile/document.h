@@ -61,13 +61,8 @@ public:
     // The main window's caption: "Name - Padmapper".
     QString Caption() const;
 
-    // An edit of one key.
+    // An edit of one key: its whole action.
     void SetAction(PhoneKey key, const KeyAction &action);
-    void SetModifiers(PhoneKey key, int modifiers);
-    void SetIsMouse(PhoneKey key, bool isMouse);
-    void SetKeyCode(PhoneKey key, int keyCode);
-    void SetMouseAction(PhoneKey key, int mouseAction);
-    void SetComment(PhoneKey key, const QString &comment);
 
     // The file commands. Every failure raises its message; nothing changes then.
 
@@ -147,7 +142,6 @@ signals:
     void MessageRaised(const DocumentMessage &message);
 
 private:
-    void Edited(PhoneKey key);
     void SetCurrentFile(const QString &path);
     // A keymap document that gets a picture is a profile, not yet named.
     void BecomeProfile();

@@ -64,7 +64,7 @@ private slots:
     void profileRoundTrip()
     {
         MainWindow &window = Start();
-        window.Doc().SetComment(PhoneKeys::Digit(8), u"Runter"_s);
+        EditComment(PhoneKeys::Digit(8), u"Runter"_s);
         m_dialogs->NextSave = Folder(u"profiles"_s) + u"/Games"_s;
         QVERIFY(window.SaveAs());
         QCOMPARE(window.Doc().CurrentFile(), Path(u"profiles/Games.hid"_s));
@@ -73,7 +73,7 @@ private slots:
         QCOMPARE(window.CurrentSettings().HidPath, Path(u"profiles"_s));
 
         // Open it again in a fresh document.
-        window.Doc().SetComment(PhoneKeys::Digit(8), u"lost"_s);
+        EditComment(PhoneKeys::Digit(8), u"lost"_s);
         m_dialogs->NextAnswer = EditorDialogs::Answer::No;
         m_dialogs->NextOpen = Path(u"profiles/Games.hid"_s);
         window.Open();
@@ -82,7 +82,7 @@ private slots:
         QVERIFY(window.Doc().IsSaved());
 
         // Save writes to the same file.
-        window.Doc().SetComment(PhoneKeys::Digit(8), u"Unten"_s);
+        EditComment(PhoneKeys::Digit(8), u"Unten"_s);
         QVERIFY(window.Save());
         QVERIFY(window.Doc().IsSaved());
         cTar tar;
@@ -109,7 +109,7 @@ private slots:
         window.ExportPicture();
         QVERIFY(m_dialogs->LastSaveProposal.isEmpty());
 
-        window.Doc().SetComment(PhoneKeys::Digit(3), u"Fenster"_s);
+        EditComment(PhoneKeys::Digit(3), u"Fenster"_s);
         QVERIFY(window.Save());
         QVERIFY(window.Doc().IsSaved());
         QVERIFY(ReadAll(keymap).contains("<!-- Fenster  -->\r\n"));
@@ -124,7 +124,7 @@ private slots:
     void noThenOpenKeymapKeepsTheDocumentChanged()
     {
         MainWindow &window = Start();
-        window.Doc().SetComment(PhoneKeys::Digit(1), u"x"_s);
+        EditComment(PhoneKeys::Digit(1), u"x"_s);
         m_dialogs->NextAnswer = EditorDialogs::Answer::No;
         m_dialogs->NextOpen = MakeKeymap(Path(u"k.kcf"_s));
         window.Open();
@@ -252,7 +252,7 @@ private slots:
         KeymapView *view = window.KeymapWindow();
         QVERIFY(view && view->isVisible());
         QVERIFY(view->Text().startsWith(u"<SONY_ERICSSON_REMOTE_CONTROL_CONFIGURATION"_s));
-        window.Doc().SetComment(PhoneKeys::Hash, u"Raute"_s);
+        EditComment(PhoneKeys::Hash, u"Raute"_s);
         QVERIFY(view->Text().contains(u"<!-- Raute  -->"_s));
         QVERIFY(!window.Doc().IsSaved());
     }
