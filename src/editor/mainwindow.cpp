@@ -43,7 +43,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int CountdownInterval = 1000; // ms per tick
 constexpr PhoneKey FirstFocusedKey = PhoneKeys::Digit1;
 
 QString MainWindowText(const QString &key, const QString &english)
@@ -92,15 +91,6 @@ bool IsProgramWindow(QWidget *window)
 {
     return qobject_cast<AboutDialog *>(window) || qobject_cast<KeymapView *>(window)
            || qobject_cast<SettingsWindow *>(window) || qobject_cast<UploadWindow *>(window);
-}
-
-bool IsModifierKey(int virtualKey)
-{
-    using namespace ModifierKeys;
-    for (const int modifier : {LeftShift, RightShift, LeftCtrl, RightCtrl, LeftAlt, RightAlt, LeftWin, RightWin})
-        if (virtualKey == modifier)
-            return true;
-    return virtualKey >= 16 && virtualKey <= 18; // the generic Shift, Ctrl and Alt
 }
 
 } // namespace
@@ -172,8 +162,11 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
     m_focusWindowWatch
         = connect(qApp, &QGuiApplication::focusWindowChanged, this, &MainWindow::FocusWindowChanged);
 
-    m_countdown.setInterval(CountdownInterval);
-    connect(&m_countdown, &QTimer::timeout, this, &MainWindow::CountdownTick);
+    connect(&m_countdown, &SnapshotCountdown::Counted, m_editor->SnapshotButton(), &QPushButton::setText);
+    connect(&m_countdown, &SnapshotCountdown::Finished, this, [this] {
+        m_heldKeys->SetSwallowing(false);
+        CaptureKeyboard(m_activeButton);
+    });
 
     UpdateCaption();
 }
@@ -372,11 +365,6 @@ void MainWindow::ActionEdited(const KeyAction &action)
         UpdateToolTip(0);
 }
 
-void MainWindow::SetKeyButtonsEnabled(bool enabled)
-{
-    m_keypad->SetKeyButtonsEnabled(enabled);
-}
-
 void MainWindow::FocusWindowChanged(QWindow *window)
 {
     // No focus window: another program has the keyboard, and the window that
@@ -390,30 +378,12 @@ void MainWindow::FocusWindowChanged(QWindow *window)
 
 void MainWindow::StartSnapshot()
 {
-    if (m_countdown.isActive())
+    if (m_countdown.IsCounting())
         return;
-    m_ticks = 0;
-    m_editor->SnapshotButton()->setText(u"3..."_s);
-    SetKeyButtonsEnabled(false);
+    m_keypad->SetKeyButtonsEnabled(false);
     m_editor->SetMessage(MainWindowText(u"Label_Press"_s, u"Please press the keys on the keyboard..."_s), false);
     m_heldKeys->SetSwallowing(true);
-    m_countdown.start();
-}
-
-void MainWindow::CountdownTick()
-{
-    ++m_ticks;
-    if (m_ticks == 1) {
-        m_editor->SnapshotButton()->setText(u"2..."_s);
-        return;
-    }
-    if (m_ticks == 2) {
-        m_editor->SnapshotButton()->setText(u"1..."_s);
-        return;
-    }
-    m_countdown.stop();
-    m_heldKeys->SetSwallowing(false);
-    CaptureKeyboard(m_activeButton);
+    m_countdown.Start();
 }
 
 void MainWindow::CaptureKeyboard(int index)
@@ -426,16 +396,11 @@ void MainWindow::CaptureKeyboard(int index)
     m_document->SetAction(index, action);
 
     m_editor->SnapshotButton()->setText(MainWindowText(u"Button_SnapShot"_s, u"Snapshot"_s));
-    SetKeyButtonsEnabled(true);
+    m_keypad->SetKeyButtonsEnabled(true);
     RefreshKeyDisplay(-1);
     UpdateToolTip(0);
     // A held key the phone cannot send is named as such.
-    bool unsupportedHeld = false;
-    for (int code = 3; code < int(state.size()); ++code) {
-        if (state[static_cast<std::size_t>(code)] > 1 && !IsModifierKey(code) && KeyToUsage(code) == "00"_L1)
-            unsupportedHeld = true;
-    }
-    if (!found && unsupportedHeld)
+    if (!found && HoldsUnsupportedKey(state))
         m_editor->SetMessage(MainWindowText(u"Label_Error"_s, u"This key is not supported !"_s), true);
 }
 
@@ -573,7 +538,7 @@ void MainWindow::OpenReadme()
 
 void MainWindow::dragEnterEvent(QDragEnterEvent *event)
 {
-    if (event->mimeData()->hasUrls() && !IsCountingDown())
+    if (event->mimeData()->hasUrls() && !m_countdown.IsCounting())
         event->acceptProposedAction();
 }
 
@@ -639,7 +604,7 @@ void MainWindow::WriteBackSettings()
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
-    if (m_countdown.isActive() || !CheckSaved()) {
+    if (m_countdown.IsCounting() || !CheckSaved()) {
         event->ignore();
         return;
     }

@@ -5,8 +5,9 @@
 #include "settings/settingsstore.h"
 #include "support/nativefile.h"
 
+#include "snapshotcountdown.h"
+
 #include <QMainWindow>
-#include <QTimer>
 
 #include <future>
 #include <memory>
@@ -80,7 +81,6 @@ public:
 
     // Keyboard capture: the countdown on the Snapshot button, then the chord.
     void StartSnapshot();
-    bool IsCountingDown() const { return m_countdown.isActive(); }
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -97,10 +97,8 @@ private:
     // file chosen moves folder to its own.
     QString AskOpenName(QString &folder, const QString &title, const QString &filter);
     QString AskSaveName(QString &folder, const QString &title, const QString &name, const QString &filter);
-    void CountdownTick();
     void CaptureKeyboard(int index);
     QString KeyDisplayText(int index) const;
-    void SetKeyButtonsEnabled(bool enabled);
     void FocusWindowChanged(QWindow *window);
     void WriteBackSettings();
     // The port, speed and language the settings window stored.
@@ -143,8 +141,7 @@ private:
     KeymapView *m_keymapView = nullptr;
     KeyActionTexts m_texts;
     int m_activeButton = 0;
-    QTimer m_countdown;
-    int m_ticks = 0;
+    SnapshotCountdown m_countdown;
     bool m_closing = false;
     // Whether the main window's next activation puts the focus on key "1": at
     // first, and when one of the program's own windows was active last.
