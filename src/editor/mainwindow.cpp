@@ -29,8 +29,6 @@
 #include <QMimeData>
 #include <QThreadPool>
 #include <QUrl>
-#include <QDir>
-#include <QFileInfo>
 #include <QFontDatabase>
 #include <QHBoxLayout>
 #include <QMenuBar>
@@ -48,21 +46,6 @@ constexpr PhoneKey FirstFocusedKey = PhoneKeys::Digit1;
 QString MainWindowText(const QString &key, const QString &english)
 {
     return LanguageText(u"MainWindow"_s, key, english);
-}
-
-QString DialogText(const QString &key, const QString &english)
-{
-    return LanguageText(u"CommonDialog"_s, key, english);
-}
-
-QString KeymapFilter()
-{
-    return DialogText(u"Filter_kcf"_s, u"Keymap Configuration Files (*.kcf)"_s) + "|*.kcf"_L1;
-}
-
-QString SaveKeymapTitle()
-{
-    return DialogText(u"Caption_SaveKcf"_s, u"Save Keymap as..."_s);
 }
 
 // The names of the keys that show symbols instead of words.
@@ -96,7 +79,7 @@ bool IsProgramWindow(QWidget *window)
 } // namespace
 
 MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *parent)
-    : QMainWindow(parent), m_dialogs(dialogs), m_store(store)
+    : QMainWindow(parent), m_dialogs(dialogs), m_store(store), m_fileNames(dialogs, m_settings, this)
 {
     // Setting up the font database takes longer than anything else at start-up.
     // It runs on a thread of its own while the parts that need no font are made;
@@ -416,44 +399,18 @@ void MainWindow::ShowWriteFailed(const FileError &cause)
                                 DocumentMessage::Icon::Critical});
 }
 
-// Each kind of file has its folder: a dialog starts in it, and the file chosen
-// there moves it.
-QString MainWindow::AskOpenName(QString &folder, const QString &title, const QString &filter)
-{
-    const QString path = m_dialogs.OpenFileName(this, title, folder, filter);
-    if (!path.isEmpty())
-        folder = QFileInfo(path).absolutePath();
-    return path;
-}
-
-QString MainWindow::AskSaveName(QString &folder, const QString &title, const QString &name,
-                                const QString &filter)
-{
-    const QString path
-        = SaveDialogPath(m_dialogs.SaveFileName(this, title, QDir(folder).filePath(name), filter), filter);
-    if (!path.isEmpty())
-        folder = QFileInfo(path).absolutePath();
-    return path;
-}
-
 void MainWindow::Open()
 {
     if (!CheckSaved())
         return;
-    const QString filter = DialogText(u"Filter_kcf_hid"_s, u"Remote Profile, Keymap (*.hid,*.kcf)"_s)
-                           + "|*.hid;*.kcf|"_L1 + DialogText(u"Filter_tar"_s, u"Tar Archive (*.tar)"_s)
-                           + "|*.tar"_L1;
-    const QString path = m_dialogs.OpenFileName(this, DialogText(u"Caption_OpenHid"_s, QString()),
-                                                m_settings.HidPath, filter);
-    if (!path.isEmpty())
+    if (const QString path = m_fileNames.FileToOpen(); !path.isEmpty())
         OpenFile(path);
 }
 
 void MainWindow::OpenFile(const QString &path)
 {
-    // Open has one folder, for the keymaps it opens too.
     if (m_document->Open(path))
-        m_settings.HidPath = QFileInfo(path).absolutePath();
+        m_fileNames.Opened(path);
 }
 
 bool MainWindow::Save()
@@ -467,49 +424,35 @@ bool MainWindow::SaveAs()
 {
     const QString name = m_document->NameWithExtension();
     const QString path
-        = m_document->IsKeymapDocument()
-              ? AskSaveName(m_settings.KcfPath, SaveKeymapTitle(), name, KeymapFilter())
-              : AskSaveName(m_settings.HidPath, DialogText(u"Caption_Savehid"_s, u"Save Profile as..."_s), name,
-                            DialogText(u"Filter_hid"_s, u"Remote Profiles (*.hid)"_s) + "|*.hid"_L1);
+        = m_document->IsKeymapDocument() ? m_fileNames.KeymapToSave(name) : m_fileNames.ProfileToSave(name);
     return !path.isEmpty() && m_document->SaveAs(path);
 }
 
 void MainWindow::ImportPicture()
 {
-    const QString filter = DialogText(u"Filter_Pics"_s, u"Picture Files (*.bmp,*.jpg,*.jpeg,*.gif)"_s)
-                           + "|*.bmp;*.jpg;*.jpeg;*.gif;*.png"_L1;
-    const QString path
-        = AskOpenName(m_settings.PicPath, DialogText(u"Caption_LoadPicture"_s, u"Load Picture"_s), filter);
-    if (!path.isEmpty())
+    if (const QString path = m_fileNames.PictureToImport(); !path.isEmpty())
         m_document->ImportPicture(path);
 }
 
 void MainWindow::ImportKeymap()
 {
-    const QString title = DialogText(u"Caption_LoadKeymap"_s, u"Load Keymap"_s);
-    const QString path = AskOpenName(m_settings.KcfPath, title, KeymapFilter());
-    if (!path.isEmpty())
+    if (const QString path = m_fileNames.KeymapToImport(); !path.isEmpty())
         m_document->ImportKeymap(path);
 }
 
 void MainWindow::ExportPicture()
 {
-    if (m_document->Picture().PictureTempPath.isEmpty())
+    const ProfilePicture &picture = m_document->Picture();
+    if (picture.PictureTempPath.isEmpty())
         return;
-    const QString extension = LowerExtension(m_document->Picture().PictureName);
-    const QString filter = DialogText(u"Filter_File"_s, u"File"_s) + " (*."_L1 + extension + ")|*."_L1 + extension;
-    const QString path
-        = AskSaveName(m_settings.PicPath, DialogText(u"Caption_SavePicture"_s, u"Save Picture as..."_s),
-                      m_document->DisplayName() + u'.' + extension, filter);
+    const QString path = m_fileNames.PictureToExport(m_document->DisplayName(), LowerExtension(picture.PictureName));
     if (!path.isEmpty())
         (void)m_document->ExportPicture(path);
 }
 
 void MainWindow::ExportKeymap()
 {
-    const QString name = m_document->DisplayName() + ".kcf"_L1;
-    const QString path = AskSaveName(m_settings.KcfPath, SaveKeymapTitle(), name, KeymapFilter());
-    if (!path.isEmpty())
+    if (const QString path = m_fileNames.KeymapToSave(m_document->DisplayName() + ".kcf"_L1); !path.isEmpty())
         (void)m_document->ExportKeymap(path);
 }
 

@@ -5,6 +5,7 @@
 #include "settings/settingsstore.h"
 #include "support/nativefile.h"
 
+#include "filenamedialogs.h"
 #include "snapshotcountdown.h"
 
 #include <QMainWindow>
@@ -93,10 +94,6 @@ private:
     void BuildMenus();
     void ShowMessage(const DocumentMessage &message);
     void ShowWriteFailed(const FileError &cause);
-    // A file name from the open or save dialog, which starts in folder; the
-    // file chosen moves folder to its own.
-    QString AskOpenName(QString &folder, const QString &title, const QString &filter);
-    QString AskSaveName(QString &folder, const QString &title, const QString &name, const QString &filter);
     void CaptureKeyboard(int index);
     QString KeyDisplayText(int index) const;
     void FocusWindowChanged(QWindow *window);
@@ -111,6 +108,7 @@ private:
     SettingsStore &m_store;
     std::future<void> m_fontsSetUp; // the font database, set up on a pool thread
     Settings m_settings;
+    FileNameDialogs m_fileNames;
     Document *m_document = nullptr;
     PhoneKeypad *m_keypad = nullptr;
     ActionEditor *m_editor = nullptr;
