@@ -18,7 +18,7 @@ FileKind FileKindOf(const QString &path)
         return FileKind::Profile;
     if (extension == "kcf"_L1)
         return FileKind::Keymap;
-    if (ProfilePictureExtensions().contains(extension))
+    if (IsProfilePictureName(path))
         return FileKind::Picture;
     return FileKind::Other;
 }
