@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "filenamedialogs.h"
+#include "snapshotcountdown.h"
 #include "keymap/keyactiontext.h"
 #include "settings/settingsstore.h"
 #include "support/nativefile.h"
-
-#include "filenamedialogs.h"
-#include "snapshotcountdown.h"
 
 #include <QMainWindow>
 

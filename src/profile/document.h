@@ -35,7 +35,7 @@ FileKind FileKindOf(const QString &path);
 // The document kind follows the file name: a name ending in ".kcf" is a bare
 // keymap, anything else (an unnamed document too) a profile.
 //
-// IsSaved: every edit and import clears it; opening a profile, the file named
+// IsSaved: every edit and every import clears it; opening a profile, the file named
 // at start or the default profile, and a successful save set it. Opening a bare
 // keymap, dropping a keymap or a picture and exporting leave it as it was.
 class Document : public QObject
@@ -64,7 +64,8 @@ public:
     // An edit of one key: its whole action.
     void SetAction(PhoneKey key, const KeyAction &action);
 
-    // The file commands. Every failure raises its message; nothing changes then.
+    // The file commands. A failure raises its message, except that saving an
+    // unnamed profile fails in silence (there is no name to write to).
 
     // Open: a profile (then saved) or a bare keymap, which takes the place of
     // the picture and becomes the document's file; since nothing was saved,
@@ -82,12 +83,13 @@ public:
     // Anything else is left alone.
     void Drop(const QString &path);
     // A picture chosen for the profile; a keymap document becomes an unnamed
-    // profile. False when it could not be decoded.
+    // profile. False when it could not be decoded: its copy then replaces the
+    // picture all the same, but IsSaved and the file name stay.
     bool ImportPicture(const QString &path);
     // The keys of a keymap file; false when it could not be read.
     bool ImportKeymap(const QString &path);
     // Writes the document to its file: a keymap document as keymap text, any
-    // other as a profile. The document must be named.
+    // other as a profile.
     [[nodiscard]] bool Save();
     // Writes the document under a new name, which it takes: a keymap document
     // as keymap text to path, any other as a profile (".hid" appended unless

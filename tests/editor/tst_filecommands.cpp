@@ -121,19 +121,6 @@ private slots:
         QCOMPARE(window.CurrentSettings().KcfPath, Path(u"elsewhere"_s));
     }
 
-    void noThenOpenKeymapKeepsTheDocumentChanged()
-    {
-        MainWindow &window = Start();
-        EditComment(PhoneKeys::Digit(1), u"x"_s);
-        m_dialogs->NextAnswer = EditorDialogs::Answer::No;
-        m_dialogs->NextOpen = MakeKeymap(Path(u"k.kcf"_s));
-        window.Open();
-        QVERIFY(!window.Doc().IsSaved());
-        m_dialogs->NextAnswer = EditorDialogs::Answer::Cancel;
-        QVERIFY(!window.close());
-        QCOMPARE(m_dialogs->Questions, 2);
-    }
-
     void importsAndExportsMoveTheirFolders()
     {
         MainWindow &window = Start();
