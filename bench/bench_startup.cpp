@@ -81,7 +81,6 @@ int RunChild(int argc, char *argv[], bool editor, const QString &settingsPath)
     watcher.Ready = [&window] { return !window.Doc().Picture().Image.isNull(); };
     window.Startup({});
     const int status = QApplication::exec();
-    window.Doc().SetSaved(true);
     DeleteTempFiles();
     return status;
 }
