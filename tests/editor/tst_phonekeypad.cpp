@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "editor/phoneart.h"
+#include "editor/phonekeybutton.h"
 #include "editor/phonekeypad.h"
 
 #include "keymap/keymap.h"
