@@ -3,7 +3,7 @@
 
 #include "keymap/keymap.h"
 #include "keymap/keytable.h"
-#include "phoneart.h"
+#include "movementarrow.h"
 #include "settings/languagetext.h"
 
 #include <QButtonGroup>

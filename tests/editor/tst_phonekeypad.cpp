@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "editor/phoneart.h"
+#include "editor/movementarrow.h"
 #include "editor/phonekeybutton.h"
 #include "editor/phonekeypad.h"
 
