@@ -190,14 +190,14 @@ PhoneLayout LayOutPhone(QSize size)
             const int position = key - PhoneKeys::Digit1;
             const QPoint offset(qRound((position % 3) * DigitColumnPitch * scale),
                 qRound((position / 3) * DigitRowPitch * scale));
-            placed = {firstDigitGeometry.translated(offset), toFirstDigit.map(firstDigit.Face),
-                toFirstDigit.mapRect(firstDigit.Content)};
+            placed = { firstDigitGeometry.translated(offset), toFirstDigit.map(firstDigit.Face),
+                toFirstDigit.mapRect(firstDigit.Content) };
             continue;
         }
         const KeyShape shape = ShapeOf(key);
         const QRect geometry = PixelRect(toWidget.mapRect(shape.Cap));
         const QTransform toButton = toWidget * QTransform::fromTranslate(-geometry.left(), -geometry.top());
-        placed = {geometry, toButton.map(shape.Face), toButton.mapRect(shape.Content)};
+        placed = { geometry, toButton.map(shape.Face), toButton.mapRect(shape.Content) };
     }
 
     layout.Display = PixelRect(toWidget.mapRect(DisplayRect));
