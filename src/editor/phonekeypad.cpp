@@ -64,7 +64,7 @@ PhoneKeypad::PhoneKeypad(QWidget *parent) : QWidget(parent)
     m_screen = new PhoneScreen(this);
     for (int index = 0; index < PhoneKeys::Count; ++index) {
         auto *button = new PhoneKeyButton(index, KeyCapStyleOf(index), this);
-        // The window puts in the localised captions.
+        // In English until the window puts in the captions of its language.
         const PhoneKeyName &name = PhoneKeyNames.at(static_cast<std::size_t>(index));
         if (name.ShowsSymbol)
             button->setAccessibleName(name.English.toString());
