@@ -4,7 +4,7 @@
 #include "keymap/keyactiontext.h"
 #include "keymap/keymap.h"
 #include "keymap/keytable.h"
-#include "phoneart.h"
+#include "movementarrow.h"
 #include "settings/languagetext.h"
 
 #include <QButtonGroup>

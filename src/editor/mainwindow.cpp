@@ -48,23 +48,6 @@ QString MainWindowText(const QString &key, const QString &english)
     return LanguageText(u"MainWindow"_s, key, english);
 }
 
-// The names of the keys that show symbols instead of words.
-struct SymbolKeyName
-{
-    PhoneKey Key;
-    const char16_t *LanguageKey;
-    const char16_t *English;
-};
-constexpr std::array<SymbolKeyName, 8> SymbolKeyNames = {{
-    {PhoneKeys::Joy, u"Frame_JoystickPress", u"Joystick press"},
-    {PhoneKeys::Left, u"Frame_JoystickLeft", u"Joystick left"},
-    {PhoneKeys::Up, u"Frame_JoystickUp", u"Joystick up"},
-    {PhoneKeys::Right, u"Frame_JoystickRight", u"Joystick right"},
-    {PhoneKeys::Down, u"Frame_JoystickDown", u"Joystick down"},
-    {PhoneKeys::VolUp, u"Frame_Plus", u"Plus"},
-    {PhoneKeys::VolDown, u"Frame_Minus", u"Minus"},
-    {PhoneKeys::Cam, u"Frame_Camera", u"Camera"},
-}};
 
 // The program's own windows. When one of them hands the activation back, the
 // main window puts the focus on key "1" as when it first opened; message boxes
@@ -311,12 +294,7 @@ bool MainWindow::CheckSaved()
 
 QString MainWindow::KeyDisplayText(int index) const
 {
-    for (const SymbolKeyName &symbol : SymbolKeyNames) {
-        if (symbol.Key == index)
-            return MainWindowText(QString::fromUtf16(symbol.LanguageKey), QString::fromUtf16(symbol.English));
-    }
-    QString caption = m_keypad->CMD(index)->text();
-    return caption.remove(u'&');
+    return PhoneKeyDisplayName(index);
 }
 
 void MainWindow::RefreshKeyDisplay(int index)

@@ -353,13 +353,15 @@ private slots:
         QFile lng(Path(u"Deutsch.lng"_s));
         QVERIFY(lng.open(QIODevice::WriteOnly));
         lng.write("[MainWindow]\r\nMenu_File=&Datei\r\nFrame=Funktion der Taste:\r\nButton_SaveProfile=Profil speichern\r\n"
+                  "Button_Left=&Links\r\n"
                   "ToolTip_Mouse4=Maus hoch\r\n[CommonDialog]\r\nFile_Unnamed=Unbenannt\r\n");
         lng.close();
         SettingsStore(Path(u"settings.ini"_s)).WriteLanguage(Path(u"Deutsch.lng"_s));
         MainWindow &window = Start();
         QCOMPARE(window.windowTitle(), u"Unbenannt - Padmapper"_s);
         QCOMPARE(window.SaveButton()->text(), u"Profil speichern"_s);
-        QVERIFY(window.Editor()->title().startsWith(u"Funktion der Taste: \""_s));
+        window.RefreshKeyDisplay(PhoneKeys::Lsk);
+        QCOMPARE(window.Editor()->title(), u"Funktion der Taste: \"Links\""_s);
         QCOMPARE(ToolTip(PhoneKeys::Up), u" Maus hoch "_s);
     }
 
