@@ -12,7 +12,6 @@
 #include "settings/languagetext.h"
 
 #include <QFile>
-#include <QRegularExpression>
 
 #include <algorithm>
 #include <cstdio>
@@ -53,19 +52,6 @@ int UsageError(const QString &message)
     Complain(message);
     WriteStderr(u"Try 'padmapper-cli --help'."_s);
     return ExitStatus::Usage;
-}
-
-PortSettings PortFromArgument(const QString &port, qint32 speed)
-{
-    PortSettings settings;
-    settings.Speed = speed;
-    settings.PortName = port;
-#ifdef Q_OS_WIN
-    static const QRegularExpression comPort(u"^(?:COM)?([0-9]+)$"_s, QRegularExpression::CaseInsensitiveOption);
-    if (const QRegularExpressionMatch match = comPort.match(port); match.hasMatch())
-        settings.ComPort = match.captured(1).toInt();
-#endif
-    return settings;
 }
 
 // A profile lists as a tar archive with a picture entry and a keymap entry;
@@ -155,7 +141,8 @@ int RunUpload(const QStringList &arguments)
 
     // The user's file is finished already: it is sent as it is, not copied.
     UploadRequest request;
-    request.Port = PortFromArgument(port, speed);
+    request.Port = SerialPort::Parse(port).value_or(SerialPort());
+    request.Speed = speed;
     request.RemoteName = name.isEmpty() ? RemoteProfileName(profile) : name;
     request.ProfilePath = profile;
     request.OwnsProfile = false;

@@ -92,7 +92,7 @@ void UploadWindow::StartTransfer()
     // missing picture); an empty path then ends the upload as a failed copy.
     // The worker only ever sees the finished copy: the document belongs to
     // this thread.
-    if (IsPortConfigured(m_request.Port) && !m_abortRequested && m_writeProfileCopy)
+    if (m_request.HasConnection() && !m_abortRequested && m_writeProfileCopy)
         m_request.ProfilePath = m_writeProfileCopy();
     m_request.OwnsProfile = true;
     m_upload = std::make_unique<ProfileUpload>(m_request);

@@ -38,7 +38,7 @@ public:
     // writeProfileCopy writes the profile into a new temporary file and returns
     // its path, or "" on failure. It is called on the window's own thread when
     // the transfer starts (so it may use the document and raise messages), and
-    // only when a port is configured; the copy is sent as request's profile and
+    // only when the request has a connection; the copy is sent as request's profile and
     // deleted at the end, however the transfer ends. Error messages go through
     // dialogs.
     UploadWindow(UploadRequest request, std::function<QString()> writeProfileCopy, EditorDialogs &dialogs,

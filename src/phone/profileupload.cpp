@@ -24,12 +24,12 @@ QString WindowText(const QString &key, const QString &defaultText)
 }
 
 // What "%p" alone stands for: the port number on Windows, the name elsewhere.
-QString PortNumberText(const PortSettings &port)
+QString PortNumberText(const SerialPort &port)
 {
 #ifdef Q_OS_WIN
-    return QString::number(port.ComPort);
+    return QString::number(port.Number());
 #else
-    return port.PortName;
+    return port.Name();
 #endif
 }
 
@@ -56,23 +56,14 @@ QString FileNamePart(const QString &path)
 
 } // namespace
 
-QString SerialPortName(const PortSettings &port)
+bool UploadRequest::HasConnection() const
 {
-#ifdef Q_OS_WIN
-    return port.ComPort > 0 ? "COM"_L1 + QString::number(port.ComPort) : QString();
-#else
-    return port.PortName;
-#endif
+    return Port.IsSet() && Speed != 0;
 }
 
-bool IsPortConfigured(const PortSettings &port)
+QString FillPortPlaceholder(const QString &text, const SerialPort &port)
 {
-    return !SerialPortName(port).isEmpty() && port.Speed != 0;
-}
-
-QString FillPortPlaceholder(const QString &text, const PortSettings &port)
-{
-    return FillPlaceholders(text, {{"COM%p"_L1, SerialPortName(port)}, {"%p"_L1, PortNumberText(port)}});
+    return FillPlaceholders(text, {{"COM%p"_L1, port.Name()}, {"%p"_L1, PortNumberText(port)}});
 }
 
 QString RemoteProfileName(const QString &documentPath)
@@ -86,7 +77,7 @@ QString RemoteProfileName(const QString &documentPath)
     return name + ProfileExtension;
 }
 
-QString UploadErrorText(UploadError error, const PortSettings &port, const PortHolder &holder)
+QString UploadErrorText(UploadError error, const SerialPort &port, const PortHolder &holder)
 {
     const auto notConnected = [] {
         return LanguageText(ErrorSection, u"9"_s, u"Couldn't connect to COM%p !"_s) + "\r\n"_L1;
@@ -117,7 +108,7 @@ QString UploadErrorText(UploadError error, const PortSettings &port, const PortH
                                     + LanguageText(ErrorSection, u"PortHeld"_s,
                                                    u"COM%p is open in another program (%a, process %i). "
                                                    "Let it close the port or end it, then try once more."_s),
-                                {{"COM%p"_L1, SerialPortName(port)},
+                                {{"COM%p"_L1, port.Name()},
                                  {"%p"_L1, PortNumberText(port)},
                                  {"%a"_L1, holder.Program},
                                  {"%i"_L1, QString::number(holder.ProcessId)}});
@@ -227,7 +218,7 @@ UploadResult ProfileUpload::Transfer()
     const auto ended = [this](bool stepDone) { return !stepDone || IsAborted(); };
     const auto failed = [this] { return m_error == UploadError::None ? UploadResult::Aborted : UploadResult::Failed; };
 
-    if (!IsPortConfigured(m_request.Port)) {
+    if (!m_request.HasConnection()) {
         Fail(UploadError::PortNotSet);
         return UploadResult::Failed;
     }
@@ -239,7 +230,7 @@ UploadResult ProfileUpload::Transfer()
         return failed();
 
     Status(FillPortPlaceholder(WindowText(u"Status2"_s, u"Opening COM%p ..."_s), m_request.Port));
-    const bool opened = m_link.OpenPort(SerialPortName(m_request.Port), m_request.Port.Speed);
+    const bool opened = m_link.OpenPort(m_request.Port.Name(), m_request.Speed);
     if (!opened)
         Fail(OpenError(m_link.LastOpenError()));
     if (ended(opened))

@@ -3,26 +3,16 @@
 
 #include "obexsession.h"
 #include "seriallink.h"
+#include "settings/serialport.h"
 
 #include <QObject>
 #include <QString>
 
 #include <atomic>
 
-// The configured serial port. 0 or empty means "not configured".
-struct PortSettings
-{
-    int ComPort = 0; // Windows: the number n of COMn
-    QString PortName; // elsewhere: the device, e.g. /dev/rfcomm0
-    qint32 Speed = 0; // bit/s
-};
-
-// "COM3" on Windows, the device name elsewhere; "" when not configured.
-QString SerialPortName(const PortSettings &port);
-bool IsPortConfigured(const PortSettings &port);
 // "COM%p" becomes the port's name; any other "%p" the port number on Windows,
 // the name elsewhere.
-QString FillPortPlaceholder(const QString &text, const PortSettings &port);
+QString FillPortPlaceholder(const QString &text, const SerialPort &port);
 
 // The name a document is sent under: its file name without folder and
 // extension, plus ".hid"; the localised "Unnamed.hid" for a document never saved
@@ -47,13 +37,14 @@ enum class UploadError {
 
 // The user's message for an error, in the active language; holder names the
 // program for PortHeld.
-QString UploadErrorText(UploadError error, const PortSettings &port, const PortHolder &holder = {});
+QString UploadErrorText(UploadError error, const SerialPort &port, const PortHolder &holder = {});
 
 enum class UploadResult { Succeeded, Failed, Aborted };
 
 struct UploadRequest
 {
-    PortSettings Port;
+    SerialPort Port;
+    qint32 Speed = 0; // bit/s
     QString RemoteName;
     // The finished profile file to send; "" when it could not be written.
     QString ProfilePath;
@@ -63,6 +54,10 @@ struct UploadRequest
     int ReadTimeoutMs = DefaultReadTimeoutMs;
     // The pause between opening the port and the first command.
     int OpenPauseMs = 1000;
+
+    // Whether a port and a speed are configured. Without them an upload fails
+    // at once, so there is no need to write a file for it.
+    [[nodiscard]] bool HasConnection() const;
 };
 
 // One upload of a profile to the phone: open the port, switch the phone to

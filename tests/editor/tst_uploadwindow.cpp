@@ -61,7 +61,8 @@ struct Upload
         : data(bytes)
     {
         UploadRequest request;
-        request.Port = PortSettings{1, portName, 115200};
+        request.Port = SerialPort::Parse(portName).value_or(SerialPort());
+        request.Speed = 115200;
         request.RemoteName = RemoteName;
         request.ReadTimeoutMs = QuickTimeoutMs;
         request.OpenPauseMs = 0;

@@ -62,9 +62,8 @@ Outcome Upload(const QString &portName, const QByteArray &data, int abortAtProgr
     const QString copyPath = dir.filePath(u"PMX1.tmp"_s);
     Outcome outcome;
     UploadRequest request;
-    request.Port.PortName = portName;
-    request.Port.ComPort = 1;
-    request.Port.Speed = 115200;
+    request.Port = *SerialPort::Parse(portName);
+    request.Speed = 115200;
     request.RemoteName = RemoteName;
     request.ReadTimeoutMs = QuickTimeoutMs;
     request.OpenPauseMs = 0;
@@ -171,12 +170,11 @@ private slots:
 
     void errorTexts()
     {
-        PortSettings port;
-        port.PortName = u"/dev/rfcomm0"_s;
-        port.ComPort = 3;
 #ifdef Q_OS_WIN
+        const SerialPort port = SerialPort::FromNumber(3);
         QCOMPARE(UploadErrorText(UploadError::PortNotOpened, port), u"Couldn't connect to COM3 !"_s);
 #else
+        const SerialPort port = *SerialPort::Parse(u"/dev/rfcomm0"_s);
         QCOMPARE(UploadErrorText(UploadError::PortNotOpened, port), u"Couldn't connect to /dev/rfcomm0 !"_s);
         QCOMPARE(FillPortPlaceholder(u"Opening COM%p ... (%p)"_s, port), u"Opening /dev/rfcomm0 ... (/dev/rfcomm0)"_s);
 #endif
@@ -333,7 +331,7 @@ private slots:
         QFETCH(bool, copyFails);
         QFETCH(QString, name);
         const Outcome outcome = Upload(u"/dev/padmapper-none"_s, "x", 0, [&](UploadRequest &request) {
-            request.Port.Speed = speed;
+            request.Speed = speed;
             request.RemoteName = name;
             if (copyFails && QFile::remove(request.ProfilePath))
                 request.ProfilePath.clear();
