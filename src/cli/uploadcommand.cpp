@@ -2,7 +2,7 @@
 #include "uploadcommand.h"
 
 #include "clioutput.h"
-#include "phone/profileupload.h"
+#include "phone/uploadjob.h"
 #include "phone/uploadsignalguard.h"
 #include "profile/picture.h"
 #include "profile/profilearchive.h"
@@ -11,6 +11,7 @@
 #include "settings/filemessage.h"
 #include "settings/languagetext.h"
 
+#include <QEventLoop>
 #include <QFile>
 
 #include <algorithm>
@@ -74,7 +75,7 @@ bool IsProfileFile(const QString &path)
 // terminal line.
 QByteArray ProgressBar(qint64 bytesSent, qint64 total, qint32 rate)
 {
-    const int percent = ProfileUpload::Percent(bytesSent, total);
+    const int percent = UploadJob::Percent(bytesSent, total);
     const int filled = percent * ProgressBarWidth / 100;
     return "\r[" + QByteArray(filled, '#') + QByteArray(ProgressBarWidth - filled, '.') + "] "
            + QByteArray::number(percent).rightJustified(3) + "%  " + QByteArray::number(double(bytesSent) / 1024, 'f', 1)
@@ -147,28 +148,34 @@ int RunUpload(const QStringList &arguments)
     request.ProfilePath = profile;
     request.OwnsProfile = false;
 
-    ProfileUpload upload(request);
+    const std::unique_ptr<UploadJob> upload = MakeUploadJob(request);
     const bool terminal = StdoutIsTerminal();
     bool barShown = false;
-    QObject::connect(&upload, &ProfileUpload::StatusChanged, [&](const QString &text) {
+    QObject::connect(upload.get(), &UploadJob::StatusChanged, [&](const QString &text) {
         WriteStdout((barShown ? "\n" : "") + ConsoleLine(text) + '\n');
         barShown = false;
     });
     // The status line of each piece only repeats the sending line: a terminal
     // gets a bar with the figures instead.
-    QObject::connect(&upload, &ProfileUpload::ProgressChanged,
+    QObject::connect(upload.get(), &UploadJob::ProgressChanged,
                      [&](qint64 bytesSent, qint64 total, qint32 rate, const QString &) {
                          if (!terminal)
                              return;
                          WriteStdout(ProgressBar(bytesSent, total, rate));
                          barShown = true;
                      });
+    QEventLoop loop;
+    UploadResult result = UploadResult::Failed;
+    QObject::connect(upload.get(), &UploadJob::Finished, &loop, [&](UploadResult ended) {
+        result = ended;
+        loop.quit();
+    });
 
     int signalNumber = 0;
-    UploadResult result = UploadResult::Failed;
     {
-        const UploadSignalGuard guard(upload, DeleteTempFilesFromSignalHandler);
-        result = upload.Run();
+        const UploadSignalGuard guard(*upload, DeleteTempFilesFromSignalHandler);
+        upload->Start();
+        loop.exec();
         signalNumber = guard.Received();
     }
     if (barShown)
@@ -188,6 +195,6 @@ int RunUpload(const QStringList &arguments)
     case UploadResult::Failed:
         break;
     }
-    Complain(upload.ErrorText());
+    Complain(upload->ErrorText());
     return ExitStatus::Failure;
 }

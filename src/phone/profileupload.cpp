@@ -15,7 +15,6 @@ namespace {
 
 const QString WindowSection = u"FileuploadWindow"_s;
 const QString ErrorSection = u"Errors"_s;
-constexpr QLatin1StringView ProfileExtension = ".hid"_L1;
 constexpr int PauseSliceMs = 50;
 
 QString WindowText(const QString &key, const QString &defaultText)
@@ -47,34 +46,11 @@ UploadError OpenError(PortOpenError error)
     }
 }
 
-QString FileNamePart(const QString &path)
-{
-    // Paths may come with either separator, whatever the system.
-    const qsizetype slash = std::max(path.lastIndexOf(u'/'), path.lastIndexOf(u'\\'));
-    return path.mid(slash + 1);
-}
-
 } // namespace
-
-bool UploadRequest::HasConnection() const
-{
-    return Port.IsSet() && Speed != 0;
-}
 
 QString FillPortPlaceholder(const QString &text, const SerialPort &port)
 {
     return FillPlaceholders(text, {{"COM%p"_L1, port.Name()}, {"%p"_L1, PortNumberText(port)}});
-}
-
-QString RemoteProfileName(const QString &documentPath)
-{
-    if (documentPath.isEmpty())
-        return LanguageText(u"CommonDialog"_s, u"File_Unnamed"_s, u"Unnamed"_s) + ProfileExtension;
-    QString name = FileNamePart(documentPath);
-    const qsizetype dot = name.lastIndexOf(u'.');
-    if (dot >= 0)
-        name.truncate(dot);
-    return name + ProfileExtension;
 }
 
 QString UploadErrorText(UploadError error, const SerialPort &port, const PortHolder &holder)
@@ -169,16 +145,6 @@ QString ProfileUpload::SendingText(qint64 bytesSent, qint32 rate) const
                                             {"%r"_L1, QString::number(std::lround(rate / 1024.0))}});
 }
 
-int ProfileUpload::Percent(qint64 bytesSent, qint64 total)
-{
-    return total > 0 ? int(bytesSent * 100 / total) : 100;
-}
-
-QString ProfileUpload::ProgressCaption(int percent)
-{
-    return QString::number(percent) + "%  "_L1 + WindowText(u"Caption"_s, u"Fileupload"_s);
-}
-
 void ProfileUpload::Status(const QString &text)
 {
     emit StatusChanged(text);
@@ -209,7 +175,6 @@ UploadResult ProfileUpload::Run()
         qCWarning(lcPhone) << "could not delete" << profile;
     if (IsAborted())
         result = UploadResult::Aborted;
-    emit Finished(result);
     return result;
 }
 

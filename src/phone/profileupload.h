@@ -3,7 +3,7 @@
 
 #include "obexsession.h"
 #include "seriallink.h"
-#include "settings/serialport.h"
+#include "uploadjob.h"
 
 #include <QObject>
 #include <QString>
@@ -13,11 +13,6 @@
 // "COM%p" becomes the port's name; any other "%p" the port number on Windows,
 // the name elsewhere.
 QString FillPortPlaceholder(const QString &text, const SerialPort &port);
-
-// The name a document is sent under: its file name without folder and
-// extension, plus ".hid"; the localised "Unnamed.hid" for a document never saved
-// (documentPath "").
-QString RemoteProfileName(const QString &documentPath);
 
 // What ended an upload in failure.
 enum class UploadError {
@@ -39,33 +34,12 @@ enum class UploadError {
 // program for PortHeld.
 QString UploadErrorText(UploadError error, const SerialPort &port, const PortHolder &holder = {});
 
-enum class UploadResult { Succeeded, Failed, Aborted };
-
-struct UploadRequest
-{
-    SerialPort Port;
-    qint32 Speed = 0; // bit/s
-    QString RemoteName;
-    // The finished profile file to send; "" when it could not be written.
-    QString ProfilePath;
-    // Whether the upload owns that file (a copy written for it): it then
-    // deletes the file when it ends, on every path.
-    bool OwnsProfile = false;
-    int ReadTimeoutMs = DefaultReadTimeoutMs;
-    // The pause between opening the port and the first command.
-    int OpenPauseMs = 1000;
-
-    // Whether a port and a speed are configured. Without them an upload fails
-    // at once, so there is no need to write a file for it.
-    [[nodiscard]] bool HasConnection() const;
-};
-
-// One upload of a profile to the phone: open the port, switch the phone to
-// OBEX, connect, put, disconnect; the port is closed and an owned profile file
-// deleted however it ends. A name too long to send is refused before the port
-// is opened. Run() blocks; a window runs it on a worker thread
-// (the signals then arrive queued on the window's thread) and calls Abort()
-// from its own. Run it once per object.
+// One upload of a profile over the serial line: open the port, switch the
+// phone to OBEX, connect, put, disconnect; the port is closed and an owned
+// profile file deleted however it ends. A name too long to send is refused
+// before the port is opened. Run() blocks and reports on the thread that runs
+// it (SerialUploadJob runs it on a thread of its own); Abort() may come from
+// any thread. Run it once per object.
 class ProfileUpload : public QObject
 {
     Q_OBJECT
@@ -85,17 +59,11 @@ public:
     QString ErrorText() const;
     qint64 TotalSize() const { return m_totalSize; }
 
-    // The whole-number percentage of a transfer, 100 for an empty one.
-    static int Percent(qint64 bytesSent, qint64 total);
-    // "42%  " followed by the localised window caption.
-    static QString ProgressCaption(int percent);
-
 signals:
     // A new status line.
     void StatusChanged(const QString &text);
     // After each acknowledged piece: progress and the status line that says it.
     void ProgressChanged(qint64 bytesSent, qint64 total, qint32 rate, const QString &text);
-    void Finished(UploadResult result);
 
 private:
     UploadResult Transfer();
