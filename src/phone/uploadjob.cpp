@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "uploadjob.h"
 
-#include "serialuploadjob.h"
 #include "settings/languagetext.h"
 
 #include <algorithm>
@@ -23,6 +22,8 @@ QString FileNamePart(const QString &path)
 
 bool UploadRequest::HasConnection() const
 {
+    if (Connection == PhoneConnection::Bluetooth)
+        return Phone.IsSet();
     return Port.IsSet() && Speed != 0;
 }
 
@@ -45,9 +46,4 @@ int UploadJob::Percent(qint64 bytesSent, qint64 total)
 QString UploadJob::ProgressCaption(int percent)
 {
     return QString::number(percent) + "%  "_L1 + LanguageText(u"FileuploadWindow"_s, u"Caption"_s, u"Fileupload"_s);
-}
-
-std::unique_ptr<UploadJob> MakeUploadJob(UploadRequest request)
-{
-    return std::make_unique<SerialUploadJob>(std::move(request));
 }

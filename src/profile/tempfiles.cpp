@@ -148,6 +148,29 @@ QString NewTempFile(const QString &prefix)
     return {};
 }
 
+QString NewTempFileNamed(const QString &name)
+{
+    if (name.isEmpty() || name == "."_L1 || name == ".."_L1 || name.contains(u'/') || name.contains(u'\\'))
+        return {};
+    TempFileList &list = List();
+    const QMutexLocker lock(&list.mutex);
+    const QString folderPath = OwnFolder(list);
+    if (folderPath.isEmpty())
+        return {};
+    QTemporaryDir folder(QDir(folderPath).filePath("named-XXXXXX"_L1));
+    if (!folder.isValid())
+        return {};
+    const QString path = folder.filePath(name);
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly, QFileDevice::ReadOwner | QFileDevice::WriteOwner))
+        return {};
+    file.close();
+    folder.setAutoRemove(false);
+    list.paths << path;
+    RegisterForSignals(path);
+    return path;
+}
+
 void DeleteStaleTempFiles()
 {
     const QString system = QDir::tempPath();

@@ -36,6 +36,9 @@ private slots:
         QCOMPARE(settings.Left, 0);
         QCOMPARE(settings.Top, 0);
         QVERIFY(!settings.HasPort());
+        QVERIFY(!settings.HasConnection());
+        QCOMPARE(settings.Connection, PhoneConnection::Serial); // as in settings from before Bluetooth
+        QCOMPARE(settings.Phone.Method, ObexMethod::Push);
         QVERIFY(settings.Language.isEmpty());
     }
 
@@ -99,10 +102,15 @@ private slots:
             store.WritePort(*SerialPort::Parse(u"/dev/ttyACM0"_s), 57600);
             store.WriteLanguage(u"/usr/share/padmapper/Deutsch.lng"_s);
             store.SetString(u"LasthidClass"_s, u"tarfile"_s);
+            store.WriteConnection(PhoneConnection::Bluetooth, {u"00:1A:2B:3C:4D:5E"_s, u"Pocket phone"_s, ObexMethod::FileTransfer});
             QVERIFY(store.Sync());
         }
         SettingsStore again(path);
         const Settings settings = again.Read();
+        QCOMPARE(settings.Connection, PhoneConnection::Bluetooth);
+        QCOMPARE(settings.Phone.Address, u"00:1A:2B:3C:4D:5E"_s);
+        QCOMPARE(settings.Phone.Name, u"Pocket phone"_s);
+        QCOMPARE(settings.Phone.Method, ObexMethod::FileTransfer);
         QCOMPARE(settings.Port.Name(), u"/dev/ttyACM0"_s);
         QCOMPARE(settings.Speed, 57600);
         QCOMPARE(settings.Language, u"/usr/share/padmapper/Deutsch.lng"_s);
