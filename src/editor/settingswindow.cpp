@@ -6,6 +6,11 @@
 #include "settings/languagetext.h"
 #include "settings/settingsstore.h"
 #include "support/programpaths.h"
+#include "transport/uploadjobs.h"
+
+#ifdef PADMAPPER_HAS_DBUS
+#include "bluetooth/paireddevices.h"
+#endif
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -17,6 +22,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -46,6 +52,39 @@ public:
 };
 
 constexpr int LanguageExtensionLength = 4; // ".lng"
+
+// Of each listed phone, beside its shown text.
+constexpr int AddressRole = Qt::UserRole;
+constexpr int AliasRole = Qt::UserRole + 1;
+
+#ifdef PADMAPPER_HAS_DBUS
+// A window waits no longer than this for BlueZ to list the paired phones.
+constexpr int PairedListTimeoutMs = 2000;
+
+// The paired phones as "Name (address)", asked for again each time the list
+// opens (a phone paired meanwhile shows up); an address may also be typed.
+class PhoneComboBox : public QComboBox
+{
+public:
+    using QComboBox::QComboBox;
+    void Refresh()
+    {
+        const QString current = currentText();
+        clear();
+        for (const PairedDevice &device : PairedDevices(PairedListTimeoutMs).value_or(QList<PairedDevice>())) {
+            addItem(u"%1 (%2)"_s.arg(device.Alias, device.Address));
+            setItemData(count() - 1, device.Address, AddressRole);
+            setItemData(count() - 1, device.Alias, AliasRole);
+        }
+        setCurrentText(current);
+    }
+    void showPopup() override
+    {
+        Refresh();
+        QComboBox::showPopup();
+    }
+};
+#endif
 
 } // namespace
 
@@ -115,6 +154,8 @@ SettingsWindow::SettingsWindow(SettingsStore &store, FileTypes &fileTypes, QWidg
     auto *connectionLayout = new QFormLayout(connection);
     connectionLayout->addRow(SettingsText(u"Frame_Port"_s, u"COM - Port:"_s), m_port);
     connectionLayout->addRow(SettingsText(u"Frame_Speed"_s, u"Baudrate:"_s), m_speed);
+    if (BluetoothAvailable())
+        AddBluetoothChoice(*connectionLayout, settings);
 
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     buttons->button(QDialogButtonBox::Ok)->setText(SettingsText(u"Button_OK"_s, u"OK"_s));
@@ -156,6 +197,74 @@ void SettingsWindow::accept()
     if (numeric)
         settings.Speed = SpeedInRange(speed);
     m_store.WritePort(settings.Port, settings.Speed);
+    if (m_bluetoothChoice) {
+        BluetoothPhone phone = ChosenPhone().value_or(settings.Phone);
+        phone.Method = ObexMethod(m_method->currentIndex());
+        m_store.WriteConnection(m_bluetoothChoice->isChecked() ? PhoneConnection::Bluetooth : PhoneConnection::Serial,
+                                phone);
+    }
     (void)m_store.Sync();
     QDialog::accept();
+}
+
+void SettingsWindow::AddBluetoothChoice(QFormLayout &layout, const Settings &settings)
+{
+    auto *connection = layout.parentWidget();
+    m_serialChoice = new QRadioButton(SettingsText(u"Option_Serial"_s, u"Serial port"_s), connection);
+    m_bluetoothChoice = new QRadioButton(SettingsText(u"Option_Bluetooth"_s, u"Bluetooth phone"_s), connection);
+    layout.insertRow(0, m_serialChoice);
+    layout.addRow(m_bluetoothChoice);
+#ifdef PADMAPPER_HAS_DBUS
+    auto *phones = new PhoneComboBox(connection);
+    phones->Refresh();
+    m_phone = phones;
+#else
+    m_phone = new QComboBox(connection);
+#endif
+    m_phone->setEditable(true);
+    m_phone->setInsertPolicy(QComboBox::NoInsert);
+    m_phone->lineEdit()->setPlaceholderText(u"00:11:22:33:44:55"_s);
+    const int listed = m_phone->findData(settings.Phone.Address, AddressRole);
+    if (listed >= 0)
+        m_phone->setCurrentIndex(listed);
+    else
+        m_phone->setCurrentText(settings.Phone.IsSet() ? u"%1 (%2)"_s.arg(settings.Phone.Name, settings.Phone.Address)
+                                                       : QString());
+    m_method = new QComboBox(connection);
+    // In the order of ObexMethod.
+    m_method->addItem(SettingsText(u"Method_Push"_s, u"Object Push"_s));
+    m_method->addItem(SettingsText(u"Method_FTP"_s, u"File transfer"_s));
+    m_method->setCurrentIndex(int(settings.Phone.Method));
+    layout.addRow(SettingsText(u"Frame_Phone"_s, u"Phone:"_s), m_phone);
+    layout.addRow(SettingsText(u"Frame_Method"_s, u"Method:"_s), m_method);
+
+    (settings.Connection == PhoneConnection::Bluetooth ? m_bluetoothChoice : m_serialChoice)->setChecked(true);
+    connect(m_bluetoothChoice, &QRadioButton::toggled, this, &SettingsWindow::ShowConnectionChoice);
+    ShowConnectionChoice();
+}
+
+void SettingsWindow::ShowConnectionChoice()
+{
+    const bool bluetooth = m_bluetoothChoice->isChecked();
+    for (QWidget *serial : {static_cast<QWidget *>(m_port), static_cast<QWidget *>(m_speed)})
+        serial->setEnabled(!bluetooth);
+    m_phone->setEnabled(bluetooth);
+    m_method->setEnabled(bluetooth);
+}
+
+std::optional<BluetoothPhone> SettingsWindow::ChosenPhone() const
+{
+    const QString text = m_phone->currentText().trimmed();
+    // "Name (address)", as listed or as stored, or a bare address.
+    const qsizetype open = text.lastIndexOf(u'(');
+    const QString addressText = open >= 0 && text.endsWith(u')') ? text.mid(open + 1, text.size() - open - 2) : text;
+    const std::optional<QString> address = ParseBluetoothAddress(addressText);
+    if (!address)
+        return std::nullopt;
+    BluetoothPhone phone;
+    phone.Address = *address;
+    const int listed = m_phone->findData(*address, AddressRole);
+    phone.Name = listed >= 0 ? m_phone->itemData(listed, AliasRole).toString()
+                             : (open >= 0 ? text.left(open).trimmed() : QString());
+    return phone;
 }
