@@ -224,8 +224,9 @@ void SettingsWindow::AddBluetoothChoice(QFormLayout &layout, const Settings &set
     m_phone->setEditable(true);
     m_phone->setInsertPolicy(QComboBox::NoInsert);
     m_phone->lineEdit()->setPlaceholderText(u"00:11:22:33:44:55"_s);
-    const int listed = m_phone->findData(settings.Phone.Address, AddressRole);
-    if (listed >= 0)
+    // With no phone chosen yet, the first paired one is offered.
+    const int listed = settings.Phone.IsSet() ? m_phone->findData(settings.Phone.Address, AddressRole) : 0;
+    if (listed >= 0 && listed < m_phone->count())
         m_phone->setCurrentIndex(listed);
     else
         m_phone->setCurrentText(settings.Phone.IsSet() ? u"%1 (%2)"_s.arg(settings.Phone.Name, settings.Phone.Address)
