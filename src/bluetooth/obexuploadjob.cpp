@@ -61,15 +61,17 @@ QDBusMessage RemoveSessionCall(const QString &sessionPath)
 ObexUploadError ErrorOf(const QDBusMessage &reply, bool connecting)
 {
     const QString name = reply.errorName();
-    if (name == "org.freedesktop.DBus.Error.ServiceUnknown"_L1 || name == "org.freedesktop.DBus.Error.NameHasNoOwner"_L1
+    if (name == "org.freedesktop.DBus.Error.ServiceUnknown"_L1
+        || name == "org.freedesktop.DBus.Error.NameHasNoOwner"_L1
         || name == "org.freedesktop.DBus.Error.Disconnected"_L1)
         return ObexUploadError::ServiceMissing;
     if (name == "org.freedesktop.DBus.Error.NoReply"_L1 || name == "org.freedesktop.DBus.Error.Timeout"_L1
-        || name == "org.freedesktop.DBus.Error.TimedOut"_L1 || reply.errorMessage().contains("timed out"_L1, Qt::CaseInsensitive))
+        || name == "org.freedesktop.DBus.Error.TimedOut"_L1
+        || reply.errorMessage().contains("timed out"_L1, Qt::CaseInsensitive))
         return ObexUploadError::TimedOut;
     if (connecting && name == "org.bluez.obex.Error.Failed"_L1)
         return reply.errorMessage().startsWith("OBEX Connect failed"_L1) ? ObexUploadError::Refused
-                                                                          : ObexUploadError::PhoneUnreachable;
+                                                                         : ObexUploadError::PhoneUnreachable;
     return ObexUploadError::Failed;
 }
 
@@ -85,9 +87,7 @@ bool IsPlainFileName(const QString &name)
 
 } // namespace
 
-ObexUploadJob::ObexUploadJob(UploadRequest request, QObject *parent)
-    : UploadJob(parent)
-    , m_request(std::move(request))
+ObexUploadJob::ObexUploadJob(UploadRequest request, QObject *parent) : UploadJob(parent), m_request(std::move(request))
 {
 }
 
@@ -189,14 +189,16 @@ void ObexUploadJob::Begin()
     // Not the job's child: the answer may come after the job has gone, and a
     // session made then must still be removed.
     auto *watcher = new QDBusPendingCallWatcher(bus.asyncCall(call, ConnectTimeoutMs));
-    connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [job = QPointer<ObexUploadJob>(this)](QDBusPendingCallWatcher *self) {
-        self->deleteLater();
-        const QDBusMessage reply = self->reply();
-        if (job && job->m_step == Step::Connecting)
-            job->SessionCreated(reply);
-        else if (reply.type() == QDBusMessage::ReplyMessage)
-            QDBusConnection::sessionBus().send(RemoveSessionCall(reply.arguments().value(0).value<QDBusObjectPath>().path()));
-    });
+    connect(watcher, &QDBusPendingCallWatcher::finished, watcher,
+            [job = QPointer<ObexUploadJob>(this)](QDBusPendingCallWatcher *self) {
+                self->deleteLater();
+                const QDBusMessage reply = self->reply();
+                if (job && job->m_step == Step::Connecting)
+                    job->SessionCreated(reply);
+                else if (reply.type() == QDBusMessage::ReplyMessage)
+                    QDBusConnection::sessionBus().send(
+                        RemoveSessionCall(reply.arguments().value(0).value<QDBusObjectPath>().path()));
+            });
 }
 
 void ObexUploadJob::SessionCreated(const QDBusMessage &reply)
@@ -281,9 +283,9 @@ void ObexUploadJob::TakeTransferChanges(const QVariantMap &changes)
     if (status == "complete"_L1) {
         // The last piece is never reported: "complete" means every byte.
         emit ProgressChanged(m_size, m_size, Rate(m_size), SendingText(m_size));
-        emit StatusChanged(FillPlaceholders(WindowText(u"Status5"_s, u"%f (%t KB) successfully transfered to phone !"_s),
-                                            {{"%f"_L1, m_request.RemoteName},
-                                             {"%t"_L1, QString::number(double(m_size) / 1024.0, 'f', 2)}}));
+        emit StatusChanged(FillPlaceholders(
+            WindowText(u"Status5"_s, u"%f (%t KB) successfully transfered to phone !"_s),
+            {{"%f"_L1, m_request.RemoteName}, {"%t"_L1, QString::number(double(m_size) / 1024.0, 'f', 2)}}));
         End(UploadResult::Succeeded);
     } else if (status == "error"_L1) {
         // A phone that declines answers the first piece with an error, maybe
@@ -323,7 +325,8 @@ void ObexUploadJob::End(UploadResult result)
     }
     // Finished waits for the session's removal, so that a program that ends
     // then has not left it behind.
-    auto *watcher = new QDBusPendingCallWatcher(bus.asyncCall(RemoveSessionCall(m_sessionPath), RemoveTimeoutMs), this);
+    auto *watcher = new QDBusPendingCallWatcher(bus.asyncCall(RemoveSessionCall(m_sessionPath), RemoveTimeoutMs),
+                                                this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, result](QDBusPendingCallWatcher *self) {
         self->deleteLater();
         Finish(result);

@@ -10,7 +10,7 @@
 struct PairedDevice
 {
     QString Address; // "00:11:22:33:44:55"
-    QString Alias;   // the name the user knows it by
+    QString Alias; // the name the user knows it by
 
     bool operator==(const PairedDevice &) const = default;
 };

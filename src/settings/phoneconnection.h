@@ -19,7 +19,7 @@ enum class ObexMethod { Push, FileTransfer };
 struct BluetoothPhone
 {
     QString Address; // "00:11:22:33:44:55"; "" = none chosen
-    QString Name;    // the name the phone is shown by; may be ""
+    QString Name; // the name the phone is shown by; may be ""
     ObexMethod Method = ObexMethod::Push;
 
     [[nodiscard]] bool IsSet() const { return !Address.isEmpty(); }

@@ -32,7 +32,8 @@ const QString Phone = u"00:11:22:33:44:55"_s;
 const QString Obex = u"org.bluez.obex"_s;
 constexpr int ConnectDelayMs = 3000;
 
-QDBusMessage ObexCall(const QString &path, const QString &interface, const QString &method, const QVariantList &args = {})
+QDBusMessage ObexCall(const QString &path, const QString &interface, const QString &method,
+                      const QVariantList &args = {})
 {
     QDBusMessage call = QDBusMessage::createMethodCall(Obex, path, interface, method);
     call.setArguments(args);
@@ -42,8 +43,9 @@ QDBusMessage ObexCall(const QString &path, const QString &interface, const QStri
 // Every row starts from the stand-in's plain behaviour.
 bool SetMode(const QVariantMap &mode)
 {
-    QVariantMap plain{{u"Session"_s, u"accept"_s}, {u"RefuseMessage"_s, QString()}, {u"ConnectDelay"_s, 0},
-                      {u"Transfer"_s, u"complete"_s}, {u"RejectAfter"_s, 1}, {u"ChunkSize"_s, 4096},
+    QVariantMap plain{{u"Session"_s, u"accept"_s}, {u"RefuseMessage"_s, QString()},
+                      {u"ConnectDelay"_s, 0},      {u"Transfer"_s, u"complete"_s},
+                      {u"RejectAfter"_s, 1},       {u"ChunkSize"_s, 4096},
                       {u"Interval"_s, 20}};
     plain.insert(mode);
     return ObexCall(u"/org/bluez/obex"_s, u"org.bluez.obex.Mock"_s, u"SetMode"_s, {plain}).type()
@@ -138,17 +140,18 @@ private slots:
         QTest::newRow("push") << push << QVariantMap() << QString() << UploadResult::Succeeded << none << 1;
         QTest::newRow("file transfer") << ObexMethod::FileTransfer << QVariantMap() << QString()
                                        << UploadResult::Succeeded << none << 1;
-        QTest::newRow("abort while sending") << push << QVariantMap{{u"ChunkSize"_s, 1000}} << u"progress"_s
-                                             << UploadResult::Aborted << none << 1;
+        QTest::newRow("abort while sending")
+            << push << QVariantMap{{u"ChunkSize"_s, 1000}} << u"progress"_s << UploadResult::Aborted << none << 1;
         // Ends at once; the session that comes later is removed all the same.
         QTest::newRow("abort while connecting") << push << QVariantMap{{u"ConnectDelay"_s, ConnectDelayMs}}
                                                 << u"Connecting"_s << UploadResult::Aborted << none << 1;
-        QTest::newRow("abort before start") << push << QVariantMap() << u"before"_s << UploadResult::Aborted << none
-                                            << 0;
+        QTest::newRow("abort before start")
+            << push << QVariantMap() << u"before"_s << UploadResult::Aborted << none << 0;
         QTest::newRow("phone off or out of range") << push << QVariantMap{{u"Session"_s, u"refuse"_s}} << QString()
                                                    << UploadResult::Failed << ObexUploadError::PhoneUnreachable << 0;
         QTest::newRow("connect refused")
-            << push << QVariantMap{{u"Session"_s, u"refuse"_s}, {u"RefuseMessage"_s, u"OBEX Connect failed with 0x43"_s}}
+            << push
+            << QVariantMap{{u"Session"_s, u"refuse"_s}, {u"RefuseMessage"_s, u"OBEX Connect failed with 0x43"_s}}
             << QString() << UploadResult::Failed << ObexUploadError::Refused << 0;
         QTest::newRow("transfer declined") << push << QVariantMap{{u"Transfer"_s, u"reject"_s}} << QString()
                                            << UploadResult::Failed << ObexUploadError::Refused << 1;
@@ -220,7 +223,8 @@ private slots:
             QCOMPARE(ReceivedFiles(), QStringList{u"Game.hid"_s});
             QCOMPARE(ReadAll(QDir(qEnvironmentVariable("OBEX_MOCK_RECEIVED")).filePath(u"Game.hid"_s)), data);
             QCOMPARE(lastSent, data.size());
-            QCOMPARE(statuses.mid(1, 2), (QStringList{u"Connecting to Test Phone ..."_s, u"Sending Game.hid  - %t Bytes..."_s}));
+            QCOMPARE(statuses.mid(1, 2),
+                     (QStringList{u"Connecting to Test Phone ..."_s, u"Sending Game.hid  - %t Bytes..."_s}));
             QCOMPARE(statuses.last(), u"Game.hid (48.83 KB) successfully transfered to phone !"_s);
         } else {
             QCOMPARE(ReceivedFiles(), QStringList());
@@ -243,11 +247,11 @@ private slots:
         QTest::newRow("push") << QStringList{u"upload"_s, u"%1/Game.hid"_s, u"--bluetooth"_s, Phone} << QString() << 0
                               << QByteArray("Connecting to Test Phone ...\n") << QByteArray() << u"Game.hid"_s;
         QTest::newRow("file transfer under a name")
-            << QStringList{u"upload"_s, u"%1/Game.hid"_s, u"--bluetooth=00-11-22-33-44-55"_s, u"--method"_s,
-                           u"ftp"_s, u"--name"_s, u"Other.hid"_s}
+            << QStringList{u"upload"_s, u"%1/Game.hid"_s, u"--bluetooth=00-11-22-33-44-55"_s, u"--method"_s, u"ftp"_s,
+                           u"--name"_s, u"Other.hid"_s}
             << QString() << 0 << QByteArray("successfully transfered") << QByteArray() << u"Other.hid"_s;
-        QTest::newRow("no obexd") << QStringList{u"upload"_s, u"%1/Game.hid"_s, u"--bluetooth"_s, Phone}
-                                  << u"obexd"_s << 1 << QByteArray() << QByteArray("bluez-obexd") << QString();
+        QTest::newRow("no obexd") << QStringList{u"upload"_s, u"%1/Game.hid"_s, u"--bluetooth"_s, Phone} << u"obexd"_s
+                                  << 1 << QByteArray() << QByteArray("bluez-obexd") << QString();
         QTest::newRow("not an address") << QStringList{u"upload"_s, u"%1/Game.hid"_s, u"--bluetooth"_s, u"12:34"_s}
                                         << QString() << 2 << QByteArray() << QByteArray("--bluetooth") << QString();
         QTest::newRow("method without bluetooth")
@@ -271,7 +275,10 @@ private slots:
         QVERIFY(picture.save(dir.filePath(u"p.png"_s)));
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         QCOMPARE(RunCli({u"pack"_s, dir.filePath(u"p.png"_s), QFINDTESTDATA("../fixtures/keymap-writer-example.kcf"),
-                         dir.filePath(u"Game.hid"_s)}, environment).status, 0);
+                         dir.filePath(u"Game.hid"_s)},
+                        environment)
+                     .status,
+                 0);
         // The other bus has neither the phone list nor obexd.
         if (!missing.isEmpty())
             environment.insert(missing == "obexd"_L1 ? u"DBUS_SESSION_BUS_ADDRESS"_s : u"DBUS_SYSTEM_BUS_ADDRESS"_s,
@@ -309,7 +316,8 @@ private slots:
         job.Start();
         QTRY_VERIFY_WITH_TIMEOUT(finished, 20000);
         QCOMPARE(job.Error(), ObexUploadError::PhoneUnreachable);
-        QVERIFY2(job.ErrorText().startsWith("The phone Test Phone could not be reached."_L1), qPrintable(job.ErrorText()));
+        QVERIFY2(job.ErrorText().startsWith("The phone Test Phone could not be reached."_L1),
+                 qPrintable(job.ErrorText()));
         QVERIFY(QFile::exists(request.ProfilePath)); // not the job's to delete
     }
 };
