@@ -3,6 +3,7 @@
 #include "keymap/keymap.h"
 #include "keymap/keytable.h"
 #include "settings/languagetext.h"
+#include "settings/commontexts.h"
 #include "support/ansitext.h"
 #include "support/inifile.h"
 
@@ -118,6 +119,8 @@ QList<Lookup> RunTimeLookups()
     // language file replaces, so their English text is not compared.
     for (int i = 0; i < 10; ++i)
         add(u"MainWindow"_s, u"ToolTip_Mouse"_s + QString::number(i), std::nullopt);
+    for (const UiText &text : CommonTexts)
+        add(text.Section.toString(), text.Key.toString(), text.English.toString());
     for (int i = 0; i < SpecialKeyCount; ++i) {
         add(u"MainWindow"_s, QString::fromLatin1(SpecialKeyAt(i).LanguageKey),
             QString::fromLatin1(SpecialKeyAt(i).EnglishName));
