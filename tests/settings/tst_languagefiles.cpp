@@ -4,6 +4,7 @@
 #include "keymap/keytable.h"
 #include "settings/languagetext.h"
 #include "settings/commontexts.h"
+#include "keymap/keymaptexts.h"
 #include "support/ansitext.h"
 #include "support/inifile.h"
 
@@ -121,13 +122,14 @@ QList<Lookup> RunTimeLookups()
         add(u"MainWindow"_s, u"ToolTip_Mouse"_s + QString::number(i), std::nullopt);
     for (const UiText &text : CommonTexts)
         add(text.Section.toString(), text.Key.toString(), text.English.toString());
-    for (int i = 0; i < SpecialKeyCount; ++i) {
-        add(u"MainWindow"_s, QString::fromLatin1(SpecialKeyAt(i).LanguageKey),
-            QString::fromLatin1(SpecialKeyAt(i).EnglishName));
-    }
+    for (const UiText &text : KeymapTexts)
+        add(text.Section.toString(), text.Key.toString(), text.English.toString());
+    for (int i = 0; i < SpecialKeyCount; ++i)
+        add(SpecialKeyAt(i).Name.Section.toString(), SpecialKeyAt(i).Name.Key.toString(),
+            SpecialKeyAt(i).Name.English.toString());
     for (const PhoneKeyName &key : PhoneKeyNames) {
-        if (!key.LanguageKey.isEmpty())
-            add(u"MainWindow"_s, key.LanguageKey.toString(), key.English.toString());
+        if (!key.Name.Key.isEmpty())
+            add(key.Name.Section.toString(), key.Name.Key.toString(), key.Name.English.toString());
     }
     // The profile archive's messages, keyed by their number.
     const std::pair<int, const char16_t *> profileMessages[] = {
