@@ -5,6 +5,7 @@
 #include "settings/languagetext.h"
 #include "settings/commontexts.h"
 #include "keymap/keymaptexts.h"
+#include "profile/profiletexts.h"
 #include "support/ansitext.h"
 #include "support/inifile.h"
 
@@ -123,6 +124,8 @@ QList<Lookup> RunTimeLookups()
     for (const UiText &text : CommonTexts)
         add(text.Section.toString(), text.Key.toString(), text.English.toString());
     for (const UiText &text : KeymapTexts)
+        add(text.Section.toString(), text.Key.toString(), text.English.toString());
+    for (const UiText &text : ProfileTexts)
         add(text.Section.toString(), text.Key.toString(), text.English.toString());
     for (int i = 0; i < SpecialKeyCount; ++i)
         add(SpecialKeyAt(i).Name.Section.toString(), SpecialKeyAt(i).Name.Key.toString(),
