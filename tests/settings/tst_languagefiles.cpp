@@ -6,6 +6,7 @@
 #include "settings/commontexts.h"
 #include "keymap/keymaptexts.h"
 #include "profile/profiletexts.h"
+#include "phone/phonetexts.h"
 #include "support/ansitext.h"
 #include "support/inifile.h"
 
@@ -126,6 +127,8 @@ QList<Lookup> RunTimeLookups()
     for (const UiText &text : KeymapTexts)
         add(text.Section.toString(), text.Key.toString(), text.English.toString());
     for (const UiText &text : ProfileTexts)
+        add(text.Section.toString(), text.Key.toString(), text.English.toString());
+    for (const UiText &text : PhoneTexts)
         add(text.Section.toString(), text.Key.toString(), text.English.toString());
     for (int i = 0; i < SpecialKeyCount; ++i)
         add(SpecialKeyAt(i).Name.Section.toString(), SpecialKeyAt(i).Name.Key.toString(),
@@ -253,8 +256,6 @@ private slots:
         QVERIFY2(m_lookups.size() > 60, qPrintable(QString::number(m_lookups.size())));
         QVERIFY(found(u"MainWindow"_s, u"Menu_File"_s)); // through a helper
         QVERIFY(found(u"Errors"_s, u"16"_s)); // direct
-        QVERIFY(found(u"FileuploadWindow"_s, u"Status1"_s)); // section from a constant
-        QVERIFY(found(u"Errors"_s, u"15"_s)); // default over two lines
         QVERIFY(found(u"SettingsWindow"_s, u"Frame_Speed"_s));
         m_lookups += RunTimeLookups();
         for (const QString &name : LanguageFileNames)
