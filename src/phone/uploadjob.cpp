@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "uploadjob.h"
 
+#include "phonetexts.h"
 #include "serialuploadjob.h"
-#include "settings/languagetext.h"
+#include "settings/commontexts.h"
 
 #include <algorithm>
 
@@ -29,7 +30,7 @@ bool UploadRequest::HasConnection() const
 QString RemoteProfileName(const QString &documentPath)
 {
     if (documentPath.isEmpty())
-        return LanguageText(u"CommonDialog"_s, u"File_Unnamed"_s, u"Unnamed"_s) + ProfileExtension;
+        return LanguageText(CommonText::Unnamed) + ProfileExtension;
     QString name = FileNamePart(documentPath);
     const qsizetype dot = name.lastIndexOf(u'.');
     if (dot >= 0)
@@ -44,7 +45,7 @@ int UploadJob::Percent(qint64 bytesSent, qint64 total)
 
 QString UploadJob::ProgressCaption(int percent)
 {
-    return QString::number(percent) + "%  "_L1 + LanguageText(u"FileuploadWindow"_s, u"Caption"_s, u"Fileupload"_s);
+    return QString::number(percent) + "%  "_L1 + LanguageText(PhoneText::UploadCaption);
 }
 
 std::unique_ptr<UploadJob> MakeUploadJob(UploadRequest request)
