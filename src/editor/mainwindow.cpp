@@ -151,7 +151,9 @@ void MainWindow::BuildMenus()
     m_saveAction = m_fileMenu->addAction(QString(), this, [this] { (void)Save(); });
     m_saveAction->setShortcut(QKeySequence::Save);
     m_saveAsAction = m_fileMenu->addAction(QString(), this, [this] { (void)SaveAs(); });
-    m_saveAsAction->setShortcut(QKeySequence::SaveAs);
+    // Some platforms (plain X11 among them) bind nothing to Save As.
+    const QList<QKeySequence> saveAsKeys = QKeySequence::keyBindings(QKeySequence::SaveAs);
+    m_saveAsAction->setShortcuts(saveAsKeys.isEmpty() ? QList<QKeySequence>{QKeySequence(u"Ctrl+Shift+S"_s)} : saveAsKeys);
     m_fileMenu->addSeparator();
     m_importMenu = m_fileMenu->addMenu(QString());
     m_importPictureAction = m_importMenu->addAction(QString(), this, &MainWindow::ImportPicture);
@@ -464,7 +466,7 @@ void MainWindow::dropEvent(QDropEvent *event)
     if (urls.isEmpty() || !urls.first().isLocalFile())
         return;
     event->acceptProposedAction();
-    m_document->Drop(urls.first().toLocalFile());
+    m_document->Drop(LocalFileFromUrl(urls.first()));
 }
 
 void MainWindow::OpenSettings()
