@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "obexuploadjob.h"
 
+#include "bluetoothtexts.h"
+#include "phone/phonetexts.h"
 #include "profile/tempfiles.h"
-#include "settings/languagetext.h"
+#include "settings/commontexts.h"
 
 #include <QDBusArgument>
 #include <QDBusConnection>
@@ -31,16 +33,6 @@ const QString PropertiesInterface = u"org.freedesktop.DBus.Properties"_s;
 const QString ObjectManagerInterface = u"org.freedesktop.DBus.ObjectManager"_s;
 // Removing a session is answered at once; the wait only bounds a stuck service.
 constexpr int RemoveTimeoutMs = 5000;
-
-QString WindowText(const QString &key, const QString &english)
-{
-    return LanguageText(u"FileuploadWindow"_s, key, english);
-}
-
-QString ErrorsText(const QString &key, const QString &english)
-{
-    return LanguageText(u"Errors"_s, key, english);
-}
 
 QDBusMessage ClientCall(const QString &method, const QVariant &argument)
 {
@@ -123,37 +115,30 @@ QString ObexUploadJob::ErrorText() const
 {
     if (m_step != Step::Ended)
         return {};
-    const QString phone = m_request.Phone.ShownName();
-    const auto aboutPhone = [&phone](const QString &text) { return FillPlaceholders(text, {{"%d"_L1, phone}}); };
+    const auto aboutPhone = [this](BluetoothText text) {
+        return FillPlaceholders(LanguageText(text), {{"%d"_L1, m_request.Phone.ShownName()}});
+    };
     switch (m_error) {
     case ObexUploadError::None:
         return {};
     case ObexUploadError::PhoneNotSet:
-        return ErrorsText(u"BluetoothNotSet"_s, u"No Bluetooth phone is chosen. Please check the settings !"_s);
+        return LanguageText(BluetoothText::PhoneNotSet);
     case ObexUploadError::BadName:
-        return FillPlaceholders(ErrorsText(u"BadRemoteName"_s, u"\"%f\" cannot be a file name on the phone."_s),
-                                {{"%f"_L1, m_request.RemoteName}});
+        return FillPlaceholders(LanguageText(BluetoothText::BadName), {{"%f"_L1, m_request.RemoteName}});
     case ObexUploadError::FileNotWritten:
-        return ErrorsText(u"8"_s, u"Creating File failed !"_s);
+        return LanguageText(CommonText::CreatingFileFailed);
     case ObexUploadError::ServiceMissing:
-        return ErrorsText(u"ObexServiceMissing"_s,
-                          u"The Bluetooth file service (obexd) is not running.%nInstall the package bluez-obexd, "
-                          "then log out and in again (or start /usr/libexec/bluetooth/obexd)."_s);
+        return LanguageText(BluetoothText::ServiceMissing);
     case ObexUploadError::PhoneUnreachable:
-        return aboutPhone(ErrorsText(u"PhoneUnreachable"_s,
-                                     u"The phone %d could not be reached.%nSwitch Bluetooth on on the phone, bring it "
-                                     "within range and check that it is paired with this computer."_s));
+        return aboutPhone(BluetoothText::Unreachable);
     case ObexUploadError::Refused:
-        return aboutPhone(ErrorsText(u"PhoneRefused"_s, u"The phone %d did not take the profile.%nAccept the "
-                                                        "transfer on the phone when it asks and keep the phone "
-                                                        "within range, then send it again."_s));
+        return aboutPhone(BluetoothText::Refused);
     case ObexUploadError::TimedOut:
-        return aboutPhone(ErrorsText(u"PhoneTimedOut"_s, u"The phone %d did not answer in time.%nCheck that it is "
-                                                         "switched on and within range, then try again."_s));
+        return aboutPhone(BluetoothText::TimedOut);
     case ObexUploadError::Failed:
         break;
     }
-    return ErrorsText(u"11"_s, u"Fileupload failed !"_s) + "\r\n"_L1 + m_errorDetail;
+    return LanguageText(PhoneText::PutFailed) + "\r\n"_L1 + m_errorDetail;
 }
 
 void ObexUploadJob::Begin()
@@ -163,7 +148,7 @@ void ObexUploadJob::Begin()
     m_step = Step::Connecting;
     if (m_abortRequested)
         return End(UploadResult::Aborted);
-    emit StatusChanged(WindowText(u"Status1"_s, u"Generating File..."_s));
+    emit StatusChanged(LanguageText(PhoneText::Generating));
     if (!m_request.Phone.IsSet())
         return Fail(ObexUploadError::PhoneNotSet);
     if (!IsPlainFileName(m_request.RemoteName))
@@ -171,7 +156,7 @@ void ObexUploadJob::Begin()
     if (!MakeCopy())
         return Fail(ObexUploadError::FileNotWritten);
 
-    emit StatusChanged(FillPlaceholders(WindowText(u"StatusConnecting"_s, u"Connecting to %d ..."_s),
+    emit StatusChanged(FillPlaceholders(LanguageText(BluetoothText::Connecting),
                                         {{"%d"_L1, m_request.Phone.ShownName()}}));
     QDBusConnection bus = QDBusConnection::sessionBus();
     // obexd leaving the bus takes its transfers along without a word.
@@ -283,15 +268,15 @@ void ObexUploadJob::TakeTransferChanges(const QVariantMap &changes)
     if (status == "complete"_L1) {
         // The last piece is never reported: "complete" means every byte.
         emit ProgressChanged(m_size, m_size, Rate(m_size), SendingText(m_size));
-        emit StatusChanged(FillPlaceholders(
-            WindowText(u"Status5"_s, u"%f (%t KB) successfully transfered to phone !"_s),
-            {{"%f"_L1, m_request.RemoteName}, {"%t"_L1, QString::number(double(m_size) / 1024.0, 'f', 2)}}));
+        emit StatusChanged(FillPlaceholders(LanguageText(PhoneText::Sent),
+                                            {{"%f"_L1, m_request.RemoteName},
+                                             {"%t"_L1, QString::number(double(m_size) / 1024.0, 'f', 2)}}));
         End(UploadResult::Succeeded);
     } else if (status == "error"_L1) {
         // A phone that declines answers the first piece with an error, maybe
         // after the user took a while to say no: how much was reported sent
         // does not tell it from a link lost on the way.
-        emit StatusChanged(WindowText(u"Status6"_s, u"Fileupload failed !"_s));
+        emit StatusChanged(LanguageText(PhoneText::UploadFailedStatus));
         Fail(ObexUploadError::Refused);
     }
 }
@@ -379,7 +364,7 @@ void ObexUploadJob::Listen(bool on)
 QString ObexUploadJob::SendingText(qint64 bytesSent) const
 {
     // As over the serial line, only %f, %b and %r are filled in.
-    return FillPlaceholders(WindowText(u"Status4"_s, u"Sending %f  - %t Bytes..."_s),
+    return FillPlaceholders(LanguageText(PhoneText::Sending),
                             {{"%f"_L1, m_request.RemoteName},
                              {"%b"_L1, QString::number(bytesSent)},
                              {"%r"_L1, QString::number(std::lround(Rate(bytesSent) / 1024.0))}});

@@ -6,6 +6,7 @@
 #include "phone/uploadsignalguard.h"
 #include "profile/picture.h"
 #include "profile/profilearchive.h"
+#include "profile/profiletexts.h"
 #include "profile/tar.h"
 #include "profile/tempfiles.h"
 #include "settings/filemessage.h"
@@ -172,10 +173,7 @@ int RunUpload(const QStringList &arguments)
         return ExitStatus::Failure;
     }
     if (!IsProfileFile(profile)) {
-        const QString text = LanguageText(u"Errors"_s, u"NotAProfile"_s,
-                                          u"%f is not a profile (a tar archive with a picture and a "
-                                          "keymap)."_s);
-        Complain(FillPlaceholders(text, {{"%f"_L1, profile}}));
+        Complain(FillPlaceholders(LanguageText(ProfileText::NotAProfile), {{"%f"_L1, profile}}));
         return ExitStatus::Failure;
     }
 

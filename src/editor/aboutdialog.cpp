@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "aboutdialog.h"
 
-#include "settings/languagetext.h"
+#include "editortexts.h"
 
 #include <QDialogButtonBox>
 #include <QLabel>
@@ -22,7 +22,7 @@ QString AboutDialog::VersionText()
 
 AboutDialog::AboutDialog(QWidget *parent) : QDialog(parent)
 {
-    setWindowTitle(LanguageText(u"MainWindow"_s, u"Menu_About"_s, u"&About..."_s).remove(u'&'));
+    setWindowTitle(LanguageText(EditorText::MenuAbout).remove(u'&'));
 
     auto *title = new QLabel(u"Padmapper"_s, this);
     QFont big = title->font();

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "actioneditor.h"
 
+#include "editortexts.h"
 #include "keymap/keyactiontext.h"
 #include "keymap/keymap.h"
+#include "keymap/keymaptexts.h"
 #include "keymap/keytable.h"
 #include "movementarrow.h"
-#include "settings/languagetext.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -24,11 +25,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QString MainWindowText(const QString &key, const QString &english)
-{
-    return LanguageText(u"MainWindow"_s, key, english);
-}
 
 // Where each movement sits in the 3 x 3 compass (row, column).
 struct CompassCell
@@ -228,7 +224,7 @@ void ActionEditor::SpecialKeyChosen(const QString &text)
     emit ActionEdited(m_action);
     // A key the phone cannot send is named as such.
     if (KeyToUsage(m_action.KeyCode) == "00"_L1)
-        SetMessage(MainWindowText(u"Label_Error"_s, u"This key is not supported !"_s), true);
+        SetMessage(LanguageText(EditorText::KeyNotSupported), true);
     else
         SetMessage(QString(), false);
 }
@@ -258,22 +254,21 @@ void ActionEditor::ShowMovementPicture(int mouseAction)
 
 void ActionEditor::ApplyLanguage()
 {
-    m_device->setItemText(0, MainWindowText(u"Combo_DeviceKeyboard"_s, u"Keyboard"_s));
-    m_device->setItemText(1, MainWindowText(u"Combo_DeviceMouse"_s, u"Mouse"_s));
-    m_deviceLabel->setText(MainWindowText(u"Label_Device"_s, u"Device:"_s));
-    m_commentLabel->setText(MainWindowText(u"Label_Comment"_s, u"Comment:"_s));
-    m_specialFrame->setTitle(MainWindowText(u"Frame_Specialkeys"_s, u"Specialkeys"_s));
-    m_snapshot->setText(MainWindowText(u"Button_SnapShot"_s, u"Snapshot"_s));
-    m_leftLabel->setText(MainWindowText(u"Label_Left"_s, u"L"_s));
-    m_rightLabel->setText(MainWindowText(u"Label_Right"_s, u"R"_s));
-    m_rowLabels[0]->setText(MainWindowText(u"Label_Shift"_s, u"Shift"_s));
-    m_rowLabels[1]->setText(MainWindowText(u"Label_Ctrl"_s, u"Ctrl"_s));
-    m_rowLabels[2]->setText(MainWindowText(u"Label_Alt"_s, u"Alt"_s));
-    m_rowLabels[3]->setText(MainWindowText(u"Label_Win"_s, u"Win"_s));
-    m_movementLabel->setText(MainWindowText(u"Label_Mousemovement"_s, u"Movement:"_s));
-    m_mouseOptions->button(MouseActions::ButtonLeft)->setText(MainWindowText(u"Option_MouseLeft"_s, u"Click left"_s));
-    m_mouseOptions->button(MouseActions::ButtonRight)
-        ->setText(MainWindowText(u"Option_MouseRight"_s, u"Click right"_s));
+    m_device->setItemText(0, LanguageText(EditorText::DeviceKeyboard));
+    m_device->setItemText(1, LanguageText(EditorText::DeviceMouse));
+    m_deviceLabel->setText(LanguageText(EditorText::LabelDevice));
+    m_commentLabel->setText(LanguageText(EditorText::LabelComment));
+    m_specialFrame->setTitle(LanguageText(EditorText::FrameSpecialKeys));
+    m_snapshot->setText(LanguageText(EditorText::ButtonSnapshot));
+    m_leftLabel->setText(LanguageText(EditorText::LabelLeft));
+    m_rightLabel->setText(LanguageText(EditorText::LabelRight));
+    m_rowLabels[0]->setText(LanguageText(KeymapText::LabelShift));
+    m_rowLabels[1]->setText(LanguageText(KeymapText::LabelCtrl));
+    m_rowLabels[2]->setText(LanguageText(KeymapText::LabelAlt));
+    m_rowLabels[3]->setText(LanguageText(KeymapText::LabelWin));
+    m_movementLabel->setText(LanguageText(EditorText::LabelMovement));
+    m_mouseOptions->button(MouseActions::ButtonLeft)->setText(LanguageText(EditorText::MouseClickLeft));
+    m_mouseOptions->button(MouseActions::ButtonRight)->setText(LanguageText(EditorText::MouseClickRight));
 
     const QString current = m_specialKeys->currentText();
     const QSignalBlocker blocker(m_specialKeys);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "keymapview.h"
 
+#include "editortexts.h"
 #include "keymap/keymapwriter.h"
 #include "profile/document.h"
-#include "settings/languagetext.h"
 
 #include <QFontDatabase>
 #include <QPlainTextEdit>
@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 KeymapView::KeymapView(const Document &document, QWidget *parent)
     : QWidget(parent, Qt::Window), m_document(document)
 {
-    setWindowTitle(LanguageText(u"MainWindow"_s, u"Menu_ViewKeymap"_s, u"&View Keymap"_s).remove(u'&'));
+    setWindowTitle(LanguageText(EditorText::MenuViewKeymap).remove(u'&'));
     m_text = new QPlainTextEdit(this);
     m_text->setReadOnly(true);
     m_text->setLineWrapMode(QPlainTextEdit::NoWrap);

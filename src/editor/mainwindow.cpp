@@ -4,9 +4,11 @@
 #include "aboutdialog.h"
 #include "actioneditor.h"
 #include "editordialogs.h"
+#include "editortexts.h"
 #include "heldkeys.h"
 #include "keymapview.h"
 #include "keymap/keyboardcapture.h"
+#include "keymap/keymaptexts.h"
 #include "keymap/keymapwriter.h"
 #include "keymap/keytable.h"
 #include "phonekeypad.h"
@@ -16,7 +18,6 @@
 #include "profile/document.h"
 #include "profile/picture.h"
 #include "profile/tempfiles.h"
-#include "settings/languagetext.h"
 #include "settings/readme.h"
 #include "support/nativefile.h"
 #include "support/programpaths.h"
@@ -43,12 +44,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr PhoneKey FirstFocusedKey = PhoneKeys::Digit1;
-
-QString MainWindowText(const QString &key, const QString &english)
-{
-    return LanguageText(u"MainWindow"_s, key, english);
-}
-
 
 // The program's own windows. When one of them hands the activation back, the
 // main window puts the focus on key "1" as when it first opened; message boxes
@@ -157,7 +152,9 @@ void MainWindow::BuildMenus()
     m_saveAction = m_fileMenu->addAction(QString(), this, [this] { (void)Save(); });
     m_saveAction->setShortcut(QKeySequence::Save);
     m_saveAsAction = m_fileMenu->addAction(QString(), this, [this] { (void)SaveAs(); });
-    m_saveAsAction->setShortcut(QKeySequence::SaveAs);
+    // Some platforms (plain X11 among them) bind nothing to Save As.
+    const QList<QKeySequence> saveAsKeys = QKeySequence::keyBindings(QKeySequence::SaveAs);
+    m_saveAsAction->setShortcuts(saveAsKeys.isEmpty() ? QList<QKeySequence>{QKeySequence(u"Ctrl+Shift+S"_s)} : saveAsKeys);
     m_fileMenu->addSeparator();
     m_importMenu = m_fileMenu->addMenu(QString());
     m_importPictureAction = m_importMenu->addAction(QString(), this, &MainWindow::ImportPicture);
@@ -234,29 +231,29 @@ void MainWindow::Startup(const QStringList &arguments)
 
 void MainWindow::ApplyMainWindowLanguage()
 {
-    m_fileMenu->setTitle(MainWindowText(u"Menu_File"_s, u"&File"_s));
-    m_openAction->setText(MainWindowText(u"Menu_Open"_s, u"&Open"_s));
-    m_saveAction->setText(MainWindowText(u"Menu_Save"_s, u"&Save"_s));
-    m_saveAsAction->setText(MainWindowText(u"Menu_SaveAs"_s, u"Save &as..."_s));
-    m_importMenu->setTitle(MainWindowText(u"Menu_Import"_s, u"&Import"_s));
-    m_importPictureAction->setText(MainWindowText(u"Menu_Picture"_s, u"&Picture"_s));
-    m_importKeymapAction->setText(MainWindowText(u"Menu_Keymap"_s, u"&Keymap"_s));
-    m_exportMenu->setTitle(MainWindowText(u"Menu_Export"_s, u"&Export"_s));
-    m_exportPictureAction->setText(MainWindowText(u"Menu_Picture"_s, u"&Picture"_s));
-    m_exportKeymapAction->setText(MainWindowText(u"Menu_Keymap"_s, u"&Keymap"_s));
-    m_uploadAction->setText(MainWindowText(u"Menu_FileUpload"_s, u"&Send Profile to Phone"_s));
-    m_viewKeymapAction->setText(MainWindowText(u"Menu_ViewKeymap"_s, u"&View Keymap"_s));
-    m_settingsAction->setText(MainWindowText(u"Menu_Settings"_s, u"Se&ttings"_s));
-    m_exitAction->setText(MainWindowText(u"Menu_Exit"_s, u"&Exit"_s));
-    m_helpMenu->setTitle(MainWindowText(u"Menu_Help"_s, u"&Help"_s));
-    m_readmeAction->setText(MainWindowText(u"Menu_Readme"_s, u"&Readme"_s));
-    m_aboutAction->setText(MainWindowText(u"Menu_About"_s, u"&About..."_s));
-    m_popUpLoadAction->setText(MainWindowText(u"Menu_PopUpLoad"_s, u"&Load Picture"_s));
-    m_popUpSaveAction->setText(MainWindowText(u"Menu_PopUpSave"_s, u"&Export Picture"_s));
-    m_keypad->CMD(PhoneKeys::Lsk)->setText(MainWindowText(u"Button_Left"_s, u"&Left"_s));
-    m_keypad->CMD(PhoneKeys::Rsk)->setText(MainWindowText(u"Button_Right"_s, u"&Right"_s));
-    m_loadPictureButton->setText(MainWindowText(u"Button_LoadPicture"_s, u"Load Picture"_s));
-    m_sendButton->setText(MainWindowText(u"Menu_FileUpload"_s, u"&Send Profile to Phone"_s).remove(u'&'));
+    m_fileMenu->setTitle(LanguageText(EditorText::MenuFile));
+    m_openAction->setText(LanguageText(EditorText::MenuOpen));
+    m_saveAction->setText(LanguageText(EditorText::MenuSave));
+    m_saveAsAction->setText(LanguageText(EditorText::MenuSaveAs));
+    m_importMenu->setTitle(LanguageText(EditorText::MenuImport));
+    m_importPictureAction->setText(LanguageText(EditorText::MenuPicture));
+    m_importKeymapAction->setText(LanguageText(EditorText::MenuKeymap));
+    m_exportMenu->setTitle(LanguageText(EditorText::MenuExport));
+    m_exportPictureAction->setText(LanguageText(EditorText::MenuPicture));
+    m_exportKeymapAction->setText(LanguageText(EditorText::MenuKeymap));
+    m_uploadAction->setText(LanguageText(EditorText::MenuFileUpload));
+    m_viewKeymapAction->setText(LanguageText(EditorText::MenuViewKeymap));
+    m_settingsAction->setText(LanguageText(EditorText::MenuSettings));
+    m_exitAction->setText(LanguageText(EditorText::MenuExit));
+    m_helpMenu->setTitle(LanguageText(EditorText::MenuHelp));
+    m_readmeAction->setText(LanguageText(EditorText::MenuReadme));
+    m_aboutAction->setText(LanguageText(EditorText::MenuAbout));
+    m_popUpLoadAction->setText(LanguageText(EditorText::MenuPopUpLoad));
+    m_popUpSaveAction->setText(LanguageText(EditorText::MenuPopUpSave));
+    m_keypad->CMD(PhoneKeys::Lsk)->setText(LanguageText(PhoneKeyNames[PhoneKeys::Lsk].Name));
+    m_keypad->CMD(PhoneKeys::Rsk)->setText(LanguageText(PhoneKeyNames[PhoneKeys::Rsk].Name));
+    m_loadPictureButton->setText(LanguageText(EditorText::ButtonLoadPicture));
+    m_sendButton->setText(LanguageText(EditorText::MenuFileUpload).remove(u'&'));
     m_texts = KeyActionTexts::Load();
     ApplyKeyNameLanguage();
     m_editor->ApplyLanguage();
@@ -269,8 +266,8 @@ void MainWindow::UpdateCaption()
 {
     setWindowTitle(m_document->Caption());
     const bool profile = !m_document->IsKeymapDocument();
-    m_saveButton->setText(profile ? MainWindowText(u"Button_SaveProfile"_s, u"Save Profile"_s)
-                                  : MainWindowText(u"Button_SaveKeymap"_s, u"Save Keymap"_s));
+    m_saveButton->setText(profile ? LanguageText(EditorText::ButtonSaveProfile)
+                                  : LanguageText(EditorText::ButtonSaveKeymap));
     m_sendButton->setEnabled(profile && m_uploadAction->isEnabled());
     m_popUpSaveAction->setEnabled(!m_document->Picture().PictureTempPath.isEmpty());
     m_exportPictureAction->setEnabled(m_popUpSaveAction->isEnabled());
@@ -280,9 +277,9 @@ bool MainWindow::CheckSaved()
 {
     if (m_document->IsSaved())
         return true;
-    QString text = LanguageText(u"Errors"_s, u"16"_s, u"Save changes to %f ?"_s);
+    QString text = LanguageText(EditorText::SaveChanges);
     text.replace("%f"_L1, m_document->NameWithExtension());
-    const QString title = LanguageText(u"Errors"_s, u"Exclamation"_s, u"Note!"_s);
+    const QString title = LanguageText(EditorText::NoteTitle);
     switch (m_dialogs.AskYesNoCancel(this, text, title)) {
     case EditorDialogs::Answer::Cancel:
         return false;
@@ -345,7 +342,7 @@ void MainWindow::StartSnapshot()
     if (m_countdown.IsCounting())
         return;
     m_keypad->SetKeyButtonsEnabled(false);
-    m_editor->SetMessage(MainWindowText(u"Label_Press"_s, u"Please press the keys on the keyboard..."_s), false);
+    m_editor->SetMessage(LanguageText(EditorText::PressKeys), false);
     m_heldKeys->SetSwallowing(true);
     m_countdown.Start();
 }
@@ -359,13 +356,13 @@ void MainWindow::CaptureKeyboard(int index)
     const bool found = ::CaptureKeyboard(action, state);
     m_document->SetAction(index, action);
 
-    m_editor->SnapshotButton()->setText(MainWindowText(u"Button_SnapShot"_s, u"Snapshot"_s));
+    m_editor->SnapshotButton()->setText(LanguageText(EditorText::ButtonSnapshot));
     m_keypad->SetKeyButtonsEnabled(true);
     RefreshKeyDisplay(-1);
     UpdateToolTip(0);
     // A held key the phone cannot send is named as such.
     if (!found && HoldsUnsupportedKey(state))
-        m_editor->SetMessage(MainWindowText(u"Label_Error"_s, u"This key is not supported !"_s), true);
+        m_editor->SetMessage(LanguageText(EditorText::KeyNotSupported), true);
 }
 
 void MainWindow::ShowMessage(const DocumentMessage &message)
@@ -472,7 +469,7 @@ void MainWindow::dropEvent(QDropEvent *event)
     if (urls.isEmpty() || !urls.first().isLocalFile())
         return;
     event->acceptProposedAction();
-    m_document->Drop(urls.first().toLocalFile());
+    m_document->Drop(LocalFileFromUrl(urls.first()));
 }
 
 void MainWindow::OpenSettings()

@@ -67,9 +67,9 @@ PhoneKeypad::PhoneKeypad(QWidget *parent) : QWidget(parent)
         // In English until the window puts in the captions of its language.
         const PhoneKeyName &name = PhoneKeyNames.at(static_cast<std::size_t>(index));
         if (name.ShowsSymbol)
-            button->setAccessibleName(name.English.toString());
+            button->setAccessibleName(name.Name.English.toString());
         else
-            button->setText(name.English.toString());
+            button->setText(name.Name.English.toString());
         connect(button, &PhoneKeyButton::Focused, this, &PhoneKeypad::KeyButtonFocused);
         connect(button, &PhoneKeyButton::Released, this, &PhoneKeypad::KeyButtonReleased);
         connect(button, &PhoneKeyButton::FocusLost, this, &PhoneKeypad::KeyButtonFocusLost);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "settingswindow.h"
 
+#include "editortexts.h"
 #include "phone/seriallink.h"
 #include "settings/filetypes.h"
-#include "settings/languagetext.h"
 #include "settings/settingsstore.h"
 #include "support/programpaths.h"
 #include "transport/uploadjobs.h"
@@ -30,11 +30,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QString SettingsText(const QString &key, const QString &english)
-{
-    return LanguageText(u"SettingsWindow"_s, key, english);
-}
 
 // A port list that asks the system again each time it opens.
 class PortComboBox : public QComboBox
@@ -111,11 +106,11 @@ QList<std::pair<QString, QString>> SettingsWindow::LanguageFiles()
 SettingsWindow::SettingsWindow(SettingsStore &store, FileTypes &fileTypes, QWidget *parent)
     : QDialog(parent), m_store(store), m_fileTypes(fileTypes)
 {
-    setWindowTitle(SettingsText(u"Caption"_s, u"Settings"_s));
+    setWindowTitle(LanguageText(EditorText::SettingsCaption));
     m_fileTypes.RegisterFileTypes();
     const Settings settings = m_store.Read();
 
-    auto *languageLabel = new QLabel(SettingsText(u"Label_Language"_s, u"Language:"_s), this);
+    auto *languageLabel = new QLabel(LanguageText(EditorText::SettingsLanguage), this);
     m_languages = new QListWidget(this);
     m_languages->setSelectionMode(QAbstractItemView::SingleSelection);
     languageLabel->setBuddy(m_languages);
@@ -127,16 +122,16 @@ SettingsWindow::SettingsWindow(SettingsStore &store, FileTypes &fileTypes, QWidg
     }
     m_languages->setMaximumHeight(m_languages->sizeHintForRow(0) * 6 + 2 * m_languages->frameWidth() + 4);
 
-    auto *types = new QGroupBox(SettingsText(u"Frame_FileTypes"_s, u"Registred Filetypes"_s), this);
-    m_hidBox = new QCheckBox(SettingsText(u"Frame_hid"_s, u".hid - Remote Profile"_s), types);
-    m_kcfBox = new QCheckBox(SettingsText(u"Frame_kcf"_s, u".kcf - Keymap"_s), types);
+    auto *types = new QGroupBox(LanguageText(EditorText::SettingsFileTypes), this);
+    m_hidBox = new QCheckBox(LanguageText(EditorText::SettingsHid), types);
+    m_kcfBox = new QCheckBox(LanguageText(EditorText::SettingsKcf), types);
     m_hidBox->setChecked(m_fileTypes.BoundClass(FileType::Profile) == m_fileTypes.OwnClass(FileType::Profile));
     m_kcfBox->setChecked(m_fileTypes.BoundClass(FileType::Keymap) == m_fileTypes.OwnClass(FileType::Keymap));
     auto *typesLayout = new QVBoxLayout(types);
     typesLayout->addWidget(m_hidBox);
     typesLayout->addWidget(m_kcfBox);
 
-    auto *connection = new QGroupBox(SettingsText(u"Frame_PhoneConnection"_s, u"Phone - Connection"_s), this);
+    auto *connection = new QGroupBox(LanguageText(EditorText::SettingsConnection), this);
     m_port = new PortComboBox(connection);
     m_port->setEditable(true);
     m_port->setInsertPolicy(QComboBox::NoInsert);
@@ -152,14 +147,14 @@ SettingsWindow::SettingsWindow(SettingsStore &store, FileTypes &fileTypes, QWidg
         m_speed->addItem(QString::number(speed));
     m_speed->setCurrentText(QString::number(settings.Speed));
     auto *connectionLayout = new QFormLayout(connection);
-    connectionLayout->addRow(SettingsText(u"Frame_Port"_s, u"COM - Port:"_s), m_port);
-    connectionLayout->addRow(SettingsText(u"Frame_Speed"_s, u"Baudrate:"_s), m_speed);
+    connectionLayout->addRow(LanguageText(EditorText::SettingsPort), m_port);
+    connectionLayout->addRow(LanguageText(EditorText::SettingsSpeed), m_speed);
     if (BluetoothAvailable())
         AddBluetoothChoice(*connectionLayout, settings);
 
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-    buttons->button(QDialogButtonBox::Ok)->setText(SettingsText(u"Button_OK"_s, u"OK"_s));
-    buttons->button(QDialogButtonBox::Cancel)->setText(SettingsText(u"Button_Abort"_s, u"Abort"_s));
+    buttons->button(QDialogButtonBox::Ok)->setText(LanguageText(EditorText::SettingsOk));
+    buttons->button(QDialogButtonBox::Cancel)->setText(LanguageText(EditorText::SettingsAbort));
     connect(buttons, &QDialogButtonBox::accepted, this, &SettingsWindow::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &SettingsWindow::reject);
 
@@ -210,8 +205,8 @@ void SettingsWindow::accept()
 void SettingsWindow::AddBluetoothChoice(QFormLayout &layout, const Settings &settings)
 {
     auto *connection = layout.parentWidget();
-    m_serialChoice = new QRadioButton(SettingsText(u"Option_Serial"_s, u"Serial port"_s), connection);
-    m_bluetoothChoice = new QRadioButton(SettingsText(u"Option_Bluetooth"_s, u"Bluetooth phone"_s), connection);
+    m_serialChoice = new QRadioButton(LanguageText(EditorText::SettingsSerial), connection);
+    m_bluetoothChoice = new QRadioButton(LanguageText(EditorText::SettingsBluetooth), connection);
     layout.insertRow(0, m_serialChoice);
     layout.addRow(m_bluetoothChoice);
 #ifdef PADMAPPER_HAS_DBUS
@@ -233,11 +228,11 @@ void SettingsWindow::AddBluetoothChoice(QFormLayout &layout, const Settings &set
                                                        : QString());
     m_method = new QComboBox(connection);
     // In the order of ObexMethod.
-    m_method->addItem(SettingsText(u"Method_Push"_s, u"Object Push"_s));
-    m_method->addItem(SettingsText(u"Method_FTP"_s, u"File transfer"_s));
+    m_method->addItem(LanguageText(EditorText::SettingsMethodPush));
+    m_method->addItem(LanguageText(EditorText::SettingsMethodFtp));
     m_method->setCurrentIndex(int(settings.Phone.Method));
-    layout.addRow(SettingsText(u"Frame_Phone"_s, u"Phone:"_s), m_phone);
-    layout.addRow(SettingsText(u"Frame_Method"_s, u"Method:"_s), m_method);
+    layout.addRow(LanguageText(EditorText::SettingsPhone), m_phone);
+    layout.addRow(LanguageText(EditorText::SettingsMethod), m_method);
 
     (settings.Connection == PhoneConnection::Bluetooth ? m_bluetoothChoice : m_serialChoice)->setChecked(true);
     connect(m_bluetoothChoice, &QRadioButton::toggled, this, &SettingsWindow::ShowConnectionChoice);

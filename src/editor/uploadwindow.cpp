@@ -2,10 +2,12 @@
 #include "uploadwindow.h"
 
 #include "editordialogs.h"
+#include "editortexts.h"
+#include "phone/phonetexts.h"
 #include "phone/uploadsignalguard.h"
 #include "profile/document.h"
+#include "profile/profiletexts.h"
 #include "profile/tempfiles.h"
-#include "settings/languagetext.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -22,11 +24,6 @@ namespace {
 // to phone !" without wrapping.
 constexpr int StatusWidthInChars = 58;
 
-QString WindowText(const QString &key, const QString &english)
-{
-    return LanguageText(u"FileuploadWindow"_s, key, english);
-}
-
 } // namespace
 
 UploadWindow::UploadWindow(UploadRequest request, std::function<QString()> writeProfileCopy,
@@ -38,16 +35,16 @@ UploadWindow::UploadWindow(UploadRequest request, std::function<QString()> write
     , m_makeJob(std::move(makeJob))
 {
     setModal(true);
-    setWindowTitle(WindowText(u"Caption"_s, u"Fileupload"_s));
+    setWindowTitle(LanguageText(PhoneText::UploadCaption));
 
-    m_status = new QLabel(WindowText(u"Status1"_s, u"Generating File..."_s), this);
+    m_status = new QLabel(LanguageText(PhoneText::Generating), this);
     m_status->setWordWrap(true);
     m_status->setMinimumWidth(fontMetrics().averageCharWidth() * StatusWidthInChars);
     m_progress = new QProgressBar(this);
     m_progress->setRange(0, 100);
     m_progress->setValue(0);
-    m_abortButton = new QPushButton(WindowText(u"Button_Abort"_s, u"Abort"_s), this);
-    m_okButton = new QPushButton(WindowText(u"Button_OK"_s, u"OK"_s), this);
+    m_abortButton = new QPushButton(LanguageText(EditorText::UploadAbort), this);
+    m_okButton = new QPushButton(LanguageText(EditorText::UploadOk), this);
     m_okButton->setEnabled(false);
 
     auto *buttons = new QHBoxLayout;
@@ -141,8 +138,7 @@ void UploadWindow::TransferEnded(UploadResult result)
         QDialog::done(QDialog::Rejected);
         return;
     case UploadResult::Failed:
-        m_dialogs.ShowMessage(this, DocumentMessage{m_job->ErrorText(),
-                                                    LanguageText(u"Errors"_s, u"Caption"_s, u"Error"_s),
+        m_dialogs.ShowMessage(this, DocumentMessage{m_job->ErrorText(), LanguageText(ProfileText::ErrorTitle),
                                                     DocumentMessage::Icon::Critical});
         QDialog::done(QDialog::Rejected);
         return;

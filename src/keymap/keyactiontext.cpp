@@ -2,8 +2,8 @@
 #include "keyactiontext.h"
 
 #include "keymap.h"
+#include "keymaptexts.h"
 #include "keytable.h"
-#include "settings/languagetext.h"
 
 #include <QStringList>
 
@@ -13,24 +13,19 @@ namespace {
 
 constexpr int HighestKeyCode = 255;
 
-QString MainWindowText(const QString &key, const QString &english)
-{
-    return LanguageText(u"MainWindow"_s, key, english);
-}
-
 } // namespace
 
 KeyActionTexts KeyActionTexts::Load()
 {
     KeyActionTexts texts;
-    texts.FrameText = MainWindowText(u"Frame"_s, u"Function of Button:"_s);
+    texts.FrameText = LanguageText(KeymapText::KeyFrame);
     for (std::size_t i = 0; i < texts.MouseToolTips.size(); ++i)
-        texts.MouseToolTips[i] = MainWindowText(u"ToolTip_Mouse"_s + QString::number(i), u"-"_s);
-    texts.NotUsedText = MainWindowText(u"ToolTip_NotUsed"_s, u"Not in use"_s);
-    texts.LabelCtrl = MainWindowText(u"Label_Ctrl"_s, u"Ctrl"_s);
-    texts.LabelShift = MainWindowText(u"Label_Shift"_s, u"Shift"_s);
-    texts.LabelAlt = MainWindowText(u"Label_Alt"_s, u"Alt"_s);
-    texts.LabelWin = MainWindowText(u"Label_Win"_s, u"Win"_s);
+        texts.MouseToolTips[i] = LanguageText(MouseToolTipTexts[i]);
+    texts.NotUsedText = LanguageText(KeymapText::NotUsed);
+    texts.LabelCtrl = LanguageText(KeymapText::LabelCtrl);
+    texts.LabelShift = LanguageText(KeymapText::LabelShift);
+    texts.LabelAlt = LanguageText(KeymapText::LabelAlt);
+    texts.LabelWin = LanguageText(KeymapText::LabelWin);
     return texts;
 }
 
@@ -39,9 +34,7 @@ QString PhoneKeyDisplayName(int key)
     if (key < 0 || key >= PhoneKeys::Count)
         return {};
     const PhoneKeyName &name = PhoneKeyNames[static_cast<std::size_t>(key)];
-    QString text = name.English.toString();
-    if (!name.LanguageKey.isEmpty())
-        text = MainWindowText(name.LanguageKey.toString(), text);
+    QString text = LanguageText(name.Name);
     // In a caption "&" marks the access key; a symbol's name has none and is
     // shown as the language file writes it.
     if (!name.ShowsSymbol)

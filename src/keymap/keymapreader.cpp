@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "keymapreader.h"
 
+#include "keymaptexts.h"
 #include "keytable.h"
 #include "settings/filemessage.h"
-#include "settings/languagetext.h"
 #include "support/ansitext.h"
 #include "support/programpaths.h"
 
@@ -271,10 +271,9 @@ QString KeymapReadSummary(const KeymapReadErrors &errors)
     if (!errors.List.isEmpty()) {
         QString indented = errors.List;
         indented.replace(LineEnd, "\r\n   "_L1);
-        return LanguageText(u"Errors"_s, u"12"_s, u"By reading of the following keys raised an error:"_s)
-               + LineEnd + "   "_L1 + indented;
+        return LanguageText(KeymapText::KeysReadWrongly) + LineEnd + "   "_L1 + indented;
     }
-    return FileFailureMessage(LanguageText(u"Errors"_s, u"13"_s, u"Programinternal Error:"_s) + LineEnd
+    return FileFailureMessage(LanguageText(KeymapText::InternalError) + LineEnd
                                   + QString::number(errors.InternalErrorNumber) + u' '
                                   + errors.InternalErrorDescription,
                               errors.File);
@@ -282,7 +281,7 @@ QString KeymapReadSummary(const KeymapReadErrors &errors)
 
 QString KeymapReadErrorTitle()
 {
-    return LanguageText(u"Errors"_s, u"ReadError"_s, u"Errors reading Keymap"_s);
+    return LanguageText(KeymapText::ReadErrorTitle);
 }
 
 QByteArray KeymapErrorReportText(const QString &summary, const QDateTime &now)
@@ -312,13 +311,9 @@ QString ReportKeymapErrors(const KeymapReadErrors &errors)
     const QString summary = KeymapReadSummary(errors);
     const QString written = WriteKeymapErrorReport(summary);
     if (written.isEmpty()) {
-        return summary + LineEnd
-               + LanguageText(u"Errors"_s, u"ReportNotWritten"_s,
-                              u"The error report LastReadingError.txt could not be written."_s);
+        return summary + LineEnd + LanguageText(KeymapText::ReportNotWritten);
     }
     if (QFileInfo(written).path() == QCoreApplication::applicationDirPath())
         return summary;
-    return summary + LineEnd
-           + LanguageText(u"Errors"_s, u"ReportWrittenTo"_s, u"The error report was written to %f"_s)
-                 .replace("%f"_L1, written);
+    return summary + LineEnd + LanguageText(KeymapText::ReportWrittenTo).replace("%f"_L1, written);
 }

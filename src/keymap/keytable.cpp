@@ -2,7 +2,6 @@
 #include "keytable.h"
 
 #include "keymap.h"
-#include "settings/languagetext.h"
 
 #include <QMutex>
 #include <QMutexLocker>
@@ -32,24 +31,24 @@ constexpr std::array<KeyEntry, 23> FixedKeys = {{
 }};
 
 constexpr std::array<SpecialKey, SpecialKeyCount> SpecialKeys = {{
-    {8, "Key_BackSpace", "BackSpace"},
-    {33, "Key_PageUp", "Page up"},
-    {34, "Key_PageDown", "Page down"},
-    {20, "Key_CapsLock", "CapsLock"},
-    {44, "Key_PrintScreen", "Print Screen"},
-    {45, "Key_Insert", "Insert"},
-    {35, "Key_End", "End"},
-    {13, "Key_Enter", "Enter"},
-    {46, "Key_Delete", "Delete"},
-    {27, "Key_Escape", "Escape"},
-    {32, "Key_SpaceBar", "Spacebar"},
-    {36, "Key_Home", "Home"},
-    {145, "Key_ScrollLock", "ScrollLock"},
-    {9, "Key_Tab", "Tab"},
-    {37, "Key_ArrowLeft", "Arrow left"},
-    {39, "Key_ArrowRight", "Arrow right"},
-    {40, "Key_ArrowDown", "Arrow down"},
-    {38, "Key_ArrowUp", "Arrow up"},
+    {8, {u"MainWindow", u"Key_BackSpace", u"BackSpace"}},
+    {33, {u"MainWindow", u"Key_PageUp", u"Page up"}},
+    {34, {u"MainWindow", u"Key_PageDown", u"Page down"}},
+    {20, {u"MainWindow", u"Key_CapsLock", u"CapsLock"}},
+    {44, {u"MainWindow", u"Key_PrintScreen", u"Print Screen"}},
+    {45, {u"MainWindow", u"Key_Insert", u"Insert"}},
+    {35, {u"MainWindow", u"Key_End", u"End"}},
+    {13, {u"MainWindow", u"Key_Enter", u"Enter"}},
+    {46, {u"MainWindow", u"Key_Delete", u"Delete"}},
+    {27, {u"MainWindow", u"Key_Escape", u"Escape"}},
+    {32, {u"MainWindow", u"Key_SpaceBar", u"Spacebar"}},
+    {36, {u"MainWindow", u"Key_Home", u"Home"}},
+    {145, {u"MainWindow", u"Key_ScrollLock", u"ScrollLock"}},
+    {9, {u"MainWindow", u"Key_Tab", u"Tab"}},
+    {37, {u"MainWindow", u"Key_ArrowLeft", u"Arrow left"}},
+    {39, {u"MainWindow", u"Key_ArrowRight", u"Arrow right"}},
+    {40, {u"MainWindow", u"Key_ArrowDown", u"Arrow down"}},
+    {38, {u"MainWindow", u"Key_ArrowUp", u"Arrow up"}},
 }};
 
 constexpr std::array<int, SpecialKeyCount> SpecialKeyUsages = {
@@ -63,7 +62,7 @@ struct SpecialKeyNameTable
     SpecialKeyNameTable()
     {
         for (const SpecialKey &key : SpecialKeys)
-            names << QString::fromLatin1(key.EnglishName);
+            names << key.Name.English.toString();
     }
 };
 
@@ -170,8 +169,7 @@ void ApplyKeyNameLanguage()
 {
     QStringList names;
     for (const SpecialKey &key : SpecialKeys)
-        names << LanguageText(u"MainWindow"_s, QString::fromLatin1(key.LanguageKey),
-                              QString::fromLatin1(key.EnglishName));
+        names << LanguageText(key.Name);
     SpecialKeyNameTable &table = NameTable();
     const QMutexLocker lock(&table.mutex);
     table.names = names;

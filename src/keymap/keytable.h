@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "settings/languagetext.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -16,13 +18,11 @@ QString KeyToUsage(int keyCode, QString *displayName = nullptr);
 // usage, or 0.
 int UsageToKeyCode(QStringView usage);
 
-// The special keys in the order of the editor's list: code, language key,
-// English name.
+// The special keys in the order of the editor's list: code and name.
 struct SpecialKey
 {
     int KeyCode;
-    const char *LanguageKey;
-    const char *EnglishName;
+    UiText Name;
 };
 inline constexpr int SpecialKeyCount = 18;
 const SpecialKey &SpecialKeyAt(int index);

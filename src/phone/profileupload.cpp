@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "profileupload.h"
 
-#include "settings/languagetext.h"
+#include "phonetexts.h"
+#include "settings/commontexts.h"
 
 #include <QFile>
 #include <QThread>
@@ -13,14 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString WindowSection = u"FileuploadWindow"_s;
-const QString ErrorSection = u"Errors"_s;
 constexpr int PauseSliceMs = 50;
-
-QString WindowText(const QString &key, const QString &defaultText)
-{
-    return LanguageText(WindowSection, key, defaultText);
-}
 
 // What "%p" alone stands for: the port number on Windows, the name elsewhere.
 QString PortNumberText(const SerialPort &port)
@@ -55,57 +49,38 @@ QString FillPortPlaceholder(const QString &text, const SerialPort &port)
 
 QString UploadErrorText(UploadError error, const SerialPort &port, const PortHolder &holder)
 {
-    const auto notConnected = [] {
-        return LanguageText(ErrorSection, u"9"_s, u"Couldn't connect to COM%p !"_s) + "\r\n"_L1;
-    };
+    const auto notConnected = [] { return LanguageText(PhoneText::CouldNotConnect) + "\r\n"_L1; };
     switch (error) {
     case UploadError::None:
         return QString();
     case UploadError::PortNotSet:
-        return LanguageText(ErrorSection, u"14"_s, u"The COM-Port is not set. Please check the settings !"_s);
+        return LanguageText(PhoneText::PortNotSet);
     case UploadError::FileNotWritten:
-        return LanguageText(ErrorSection, u"8"_s, u"Creating File failed !"_s);
+        return LanguageText(CommonText::CreatingFileFailed);
     case UploadError::NameTooLong:
-        return FillPlaceholders(LanguageText(ErrorSection, u"NameTooLong"_s,
-                                             u"The name for the phone is too long: it may have at most %m "
-                                             "characters."_s),
+        return FillPlaceholders(LanguageText(PhoneText::NameTooLong),
                                 {{"%m"_L1, QString::number(MaxRemoteNameLength)}});
     case UploadError::PortNotOpened:
-        return FillPortPlaceholder(LanguageText(ErrorSection, u"9"_s, u"Couldn't connect to COM%p !"_s), port);
+        return FillPortPlaceholder(LanguageText(PhoneText::CouldNotConnect), port);
     case UploadError::PortInUse:
-        return FillPortPlaceholder(notConnected()
-                                       + LanguageText(ErrorSection, u"PortInUse"_s,
-                                                      u"COM%p is in use by another program, or you may not "
-                                                      "open it (on Linux the user must be in the group "
-                                                      "dialout)."_s),
-                                   port);
+        return FillPortPlaceholder(notConnected() + LanguageText(PhoneText::PortInUse), port);
     case UploadError::PortHeld:
-        return FillPlaceholders(notConnected()
-                                    + LanguageText(ErrorSection, u"PortHeld"_s,
-                                                   u"COM%p is open in another program (%a, process %i). "
-                                                   "Let it close the port or end it, then try once more."_s),
+        return FillPlaceholders(notConnected() + LanguageText(PhoneText::PortHeld),
                                 {{"COM%p"_L1, port.Name()},
                                  {"%p"_L1, PortNumberText(port)},
                                  {"%a"_L1, holder.Program},
                                  {"%i"_L1, QString::number(holder.ProcessId)}});
     case UploadError::PortLeftLocked:
-        return FillPortPlaceholder(notConnected()
-                                       + LanguageText(ErrorSection, u"PortLeftLocked"_s,
-                                                      u"COM%p is locked, yet no program of yours has it "
-                                                      "open: one that was ended without closing it left it "
-                                                      "so. Reconnect the phone or cable (Bluetooth: rfcomm "
-                                                      "release, then bind)."_s),
-                                   port);
+        return FillPortPlaceholder(notConnected() + LanguageText(PhoneText::PortLeftLocked), port);
     case UploadError::PhoneSilent:
-        return LanguageText(ErrorSection, u"15"_s,
-                            u"The phone didn't answer.%nPleas check the settings or try it once more."_s);
+        return LanguageText(PhoneText::PhoneSilent);
     // One key, two built-in texts: a language file's key 10 replaces both.
     case UploadError::ObexNotStarted:
-        return LanguageText(ErrorSection, u"10"_s, u"Initiating Obex-Protocol failed !"_s);
+        return LanguageText(PhoneText::ObexNotStarted);
     case UploadError::ObexNotConnected:
-        return LanguageText(ErrorSection, u"10"_s, u"Initializing Obex-Protocol failed !"_s);
+        return LanguageText(PhoneText::ObexNotConnected);
     case UploadError::PutFailed:
-        return LanguageText(ErrorSection, u"11"_s, u"Fileupload failed !"_s);
+        return LanguageText(PhoneText::PutFailed);
     }
     return QString();
 }
@@ -166,8 +141,8 @@ bool ProfileUpload::Pause()
 UploadResult ProfileUpload::Run()
 {
     m_error = UploadError::None;
-    m_sendingText = WindowText(u"Status4"_s, u"Sending %f  - %t Bytes..."_s);
-    Status(WindowText(u"Status1"_s, u"Generating File..."_s));
+    m_sendingText = LanguageText(PhoneText::Sending);
+    Status(LanguageText(PhoneText::Generating));
     UploadResult result = Transfer();
     m_link.ClosePort();
     const QString &profile = m_request.ProfilePath;
@@ -194,7 +169,7 @@ UploadResult ProfileUpload::Transfer()
     if (ended(!m_request.ProfilePath.isEmpty() || Fail(UploadError::FileNotWritten)))
         return failed();
 
-    Status(FillPortPlaceholder(WindowText(u"Status2"_s, u"Opening COM%p ..."_s), m_request.Port));
+    Status(FillPortPlaceholder(LanguageText(PhoneText::Opening), m_request.Port));
     const bool opened = m_link.OpenPort(m_request.Port.Name(), m_request.Speed);
     if (!opened)
         Fail(OpenError(m_link.LastOpenError()));
@@ -204,7 +179,7 @@ UploadResult ProfileUpload::Transfer()
 
     if (ended(Pause()))
         return failed();
-    Status(WindowText(u"Status3"_s, u"Initiating Obex Filetransfer..."_s));
+    Status(LanguageText(PhoneText::Initiating));
     AtResponse answer = m_link.SendAtCommand(u"AT*EOBEX"_s);
     // Phones without the vendor command take the standard one.
     if (answer.Raw.contains("ERROR"_L1))
@@ -229,13 +204,13 @@ UploadResult ProfileUpload::Transfer()
     Status(SendingText(0, 0));
 
     if (!m_session.ObexPut(m_request.RemoteName, data)) {
-        Status(WindowText(u"Status6"_s, u"Fileupload failed !"_s));
+        Status(LanguageText(PhoneText::UploadFailedStatus));
         Fail(UploadError::PutFailed);
         return failed();
     }
     if (!m_session.Disconnect())
         qCInfo(lcPhone) << "the phone did not confirm the disconnect";
-    Status(FillPlaceholders(WindowText(u"Status5"_s, u"%f (%t KB) successfully transfered to phone !"_s),
+    Status(FillPlaceholders(LanguageText(PhoneText::Sent),
                             {{"%f"_L1, m_request.RemoteName},
                              {"%t"_L1, QString::number(double(m_totalSize) / 1024.0, 'f', 2)}}));
     return IsAborted() ? UploadResult::Aborted : UploadResult::Succeeded;

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "uploadjob.h"
 
-#include "settings/languagetext.h"
+#include "phonetexts.h"
+#include "settings/commontexts.h"
 
 #include <algorithm>
 
@@ -30,7 +31,7 @@ bool UploadRequest::HasConnection() const
 QString RemoteProfileName(const QString &documentPath)
 {
     if (documentPath.isEmpty())
-        return LanguageText(u"CommonDialog"_s, u"File_Unnamed"_s, u"Unnamed"_s) + ProfileExtension;
+        return LanguageText(CommonText::Unnamed) + ProfileExtension;
     QString name = FileNamePart(documentPath);
     const qsizetype dot = name.lastIndexOf(u'.');
     if (dot >= 0)
@@ -45,5 +46,5 @@ int UploadJob::Percent(qint64 bytesSent, qint64 total)
 
 QString UploadJob::ProgressCaption(int percent)
 {
-    return QString::number(percent) + "%  "_L1 + LanguageText(u"FileuploadWindow"_s, u"Caption"_s, u"Fileupload"_s);
+    return QString::number(percent) + "%  "_L1 + LanguageText(PhoneText::UploadCaption);
 }

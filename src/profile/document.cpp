@@ -3,7 +3,7 @@
 #include "picture.h"
 
 #include "keymap/keymapreader.h"
-#include "settings/languagetext.h"
+#include "settings/commontexts.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -14,7 +14,7 @@ namespace {
 
 QString UnnamedText()
 {
-    return LanguageText(u"CommonDialog"_s, u"File_Unnamed"_s, u"Unnamed"_s);
+    return LanguageText(CommonText::Unnamed);
 }
 
 } // namespace

@@ -3,8 +3,9 @@
 
 #include "keymap/keymapwriter.h"
 #include "picture.h"
+#include "profiletexts.h"
+#include "settings/commontexts.h"
 #include "settings/filemessage.h"
-#include "settings/languagetext.h"
 #include "support/ansitext.h"
 #include "tar.h"
 #include "tempfiles.h"
@@ -24,25 +25,23 @@ constexpr auto TempPrefix = "PMX"_L1;
 
 QString ProfileMessageText(ProfileMessage message)
 {
-    const QString key = QString::number(static_cast<int>(message));
     switch (message) {
     case ProfileMessage::NoPicture:
-        return LanguageText(u"Errors"_s, key, u"No Picture is loadet !"_s);
+        return LanguageText(ProfileText::NoPicture);
     case ProfileMessage::CreatingArchiveFailed:
-        return LanguageText(u"Errors"_s, key, u"Creating Archive failed !"_s);
+        return LanguageText(ProfileText::CreatingArchiveFailed);
     case ProfileMessage::ExtractingArchiveFailed:
-        return LanguageText(u"Errors"_s, key, u"Extracting Archive failed !"_s);
+        return LanguageText(ProfileText::ExtractingArchiveFailed);
     case ProfileMessage::ArchiveEmpty:
-        return LanguageText(u"Errors"_s, key, u"The Archive contained no Files !"_s);
+        return LanguageText(ProfileText::ArchiveEmpty);
     case ProfileMessage::NoPictureEntry:
-        return LanguageText(u"Errors"_s, key, u"The Profile contains no Picture !"_s);
+        return LanguageText(ProfileText::NoPictureEntry);
     case ProfileMessage::NoKeymapEntry:
-        return LanguageText(u"Errors"_s, key, u"The Profile contains no Keymap !"_s);
+        return LanguageText(ProfileText::NoKeymapEntry);
     case ProfileMessage::ArchiveDamaged:
-        return LanguageText(u"Errors"_s, u"ArchiveDamaged"_s,
-                            u"The Archive is damaged: a file in it is cut short. What could be read is shown."_s);
+        return LanguageText(ProfileText::ArchiveDamaged);
     case ProfileMessage::CreatingFileFailed:
-        return LanguageText(u"Errors"_s, key, u"Creating File failed !"_s);
+        return LanguageText(CommonText::CreatingFileFailed);
     }
     return {};
 }
@@ -72,8 +71,7 @@ bool IsProfileNote(ProfileMessage message)
 
 QString ProfileMessageTitle(ProfileMessage message)
 {
-    return IsProfileNote(message) ? LanguageText(u"Errors"_s, u"Exclamation"_s, u"Note !"_s)
-                                  : LanguageText(u"Errors"_s, u"Caption"_s, u"Error"_s);
+    return IsProfileNote(message) ? LanguageText(ProfileText::NoteTitle) : LanguageText(ProfileText::ErrorTitle);
 }
 
 QString LowerExtension(const QString &name)

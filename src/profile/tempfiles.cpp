@@ -31,6 +31,10 @@ namespace {
 constexpr std::size_t SignalSlotCount = 4096;
 std::array<std::atomic<char *>, SignalSlotCount> g_signalSlots{};
 std::atomic<std::size_t> g_signalSlotsUsed{0};
+// The private folder and its lock file, for the same handler: once the files
+// are gone it removes the lock, then the (then empty) folder.
+std::atomic<char *> g_signalFolder{nullptr};
+std::atomic<char *> g_signalOwnerLock{nullptr};
 
 // The private folder: this prefix and six random letters or digits. It holds
 // the lock file and the temporary files, nothing else.
@@ -65,6 +69,8 @@ TempFileList &List()
 // Unlocks first: the lock file is to go by the lock's own hand.
 void ReleaseFolder(TempFileList &list)
 {
+    std::free(g_signalFolder.exchange(nullptr));
+    std::free(g_signalOwnerLock.exchange(nullptr));
     list.owner.reset();
     if (!list.folder.isEmpty())
         QDir(list.folder).removeRecursively();
@@ -93,6 +99,8 @@ QString OwnFolder(TempFileList &list)
     folder.setAutoRemove(false);
     list.folder = folder.path();
     list.owner = std::move(owner);
+    g_signalOwnerLock.store(strdup(QFile::encodeName(folder.filePath(OwnerLockName)).constData()));
+    g_signalFolder.store(strdup(QFile::encodeName(list.folder).constData()));
     return list.folder;
 }
 
@@ -168,6 +176,7 @@ QString NewTempFileNamed(const QString &name)
     folder.setAutoRemove(false);
     list.paths << path;
     RegisterForSignals(path);
+    RegisterForSignals(folder.path());
     return path;
 }
 
@@ -236,10 +245,20 @@ void DeleteTempFilesFromSignalHandler()
     for (std::size_t i = 0; i < used; ++i) {
         if (const char *path = g_signalSlots[i].load()) {
 #ifdef Q_OS_UNIX
-            ::unlink(path);
+            // A slot may also hold the folder of a named file, listed after
+            // the file: only one of the two calls succeeds.
+            if (::unlink(path) != 0)
+                ::rmdir(path);
 #else
             std::remove(path);
 #endif
         }
     }
+#ifdef Q_OS_UNIX
+    // Then the lock, which leaves the folder empty, and the folder.
+    if (const char *lock = g_signalOwnerLock.load())
+        ::unlink(lock);
+    if (const char *folder = g_signalFolder.load())
+        ::rmdir(folder);
+#endif
 }

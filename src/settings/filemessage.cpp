@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "filemessage.h"
 
-#include "languagetext.h"
+#include "commontexts.h"
 
 using namespace Qt::StringLiterals;
 
@@ -13,17 +13,17 @@ QString CauseText(const FileError &error)
     case FileProblem::None:
         break;
     case FileProblem::Missing:
-        return LanguageText(u"Errors"_s, u"FileMissing"_s, u"the file does not exist"_s);
+        return LanguageText(CommonText::FileMissing);
     case FileProblem::FolderMissing:
-        return LanguageText(u"Errors"_s, u"FolderMissing"_s, u"the folder does not exist"_s);
+        return LanguageText(CommonText::FolderMissing);
     case FileProblem::NotRegularFile:
-        return LanguageText(u"Errors"_s, u"NotRegularFile"_s, u"not a regular file"_s);
+        return LanguageText(CommonText::NotRegularFile);
     case FileProblem::NoPermission:
-        return LanguageText(u"Errors"_s, u"NoPermission"_s, u"permission denied"_s);
+        return LanguageText(CommonText::NoPermission);
     case FileProblem::DiskFull:
-        return LanguageText(u"Errors"_s, u"DiskFull"_s, u"the disk is full"_s);
+        return LanguageText(CommonText::DiskFull);
     case FileProblem::TooLarge:
-        return LanguageText(u"Errors"_s, u"FileTooLarge"_s, u"the file is too large"_s);
+        return LanguageText(CommonText::FileTooLarge);
     case FileProblem::Other:
         return qt_error_string(error.SystemError);
     }

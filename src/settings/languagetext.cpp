@@ -80,6 +80,13 @@ QString LanguageText(const QString &section, const QString &key, const QString &
     return text.replace("%n"_L1, "\r\n"_L1);
 }
 
+QString LanguageText(const UiText &text)
+{
+    if (text.Key.isEmpty())
+        return text.English.toString();
+    return LanguageText(text.Section.toString(), text.Key.toString(), text.English.toString());
+}
+
 QString FillPlaceholders(QStringView text,
                          std::initializer_list<std::pair<QLatin1StringView, QString>> values)
 {

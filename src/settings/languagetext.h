@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringView>
 
+#include <array>
+#include <cstddef>
 #include <initializer_list>
 #include <utility>
 
@@ -18,6 +20,43 @@ void SetLanguage(const QString &path);
 // empty. Values are cut to 199 characters; every "%n" becomes CR LF (also in
 // the default). Never fails.
 QString LanguageText(const QString &section, const QString &key, const QString &defaultText);
+
+// One text the program shows: where a language file keeps it and the built-in
+// English. A text without a key is fixed: no language file changes it.
+struct UiText
+{
+    QStringView Section;
+    QStringView Key;
+    QStringView English;
+};
+
+// The text in the active language, as LanguageText(section, key, english).
+QString LanguageText(const UiText &text);
+
+// A module names its texts by an enum class whose last member is Count and
+// keeps them in one table, built here from rows that repeat their member: a
+// member without its row, or rows out of order, stop the build.
+template<typename Id>
+struct UiTextRow
+{
+    Id Which;
+    QStringView Section;
+    QStringView Key;
+    QStringView English;
+};
+
+template<typename Id, std::size_t N>
+consteval std::array<UiText, N> UiTextTable(const UiTextRow<Id> (&rows)[N])
+{
+    static_assert(N == static_cast<std::size_t>(Id::Count), "one row for every text");
+    std::array<UiText, N> table{};
+    for (std::size_t i = 0; i < N; ++i) {
+        if (rows[i].Which != static_cast<Id>(i))
+            throw "the rows must follow the order of the enum";
+        table[i] = {rows[i].Section, rows[i].Key, rows[i].English};
+    }
+    return table;
+}
 
 // The text with each placeholder (such as "%f") replaced by its value, in one
 // pass from the left: a value put in is never searched again, so a name that

@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFile>
 #include <QRandomGenerator>
+#include <QUrl>
 
 #include <cerrno>
 
@@ -504,6 +505,18 @@ QStringList DecodeArguments(int argc, const char *const *argv)
     for (int i = 1; i < argc; ++i)
         arguments << DecodeFileName(argv[i]);
     return arguments;
+}
+
+QString LocalFileFromUrl(const QUrl &url)
+{
+    if (!url.isLocalFile())
+        return {};
+#ifdef Q_OS_UNIX
+    // toLocalFile() decodes the bytes as UTF-8 and replaces what is not.
+    return DecodeFileName(QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()));
+#else
+    return url.toLocalFile();
+#endif
 }
 
 bool WriteWholeFile(const QString &path, QByteArrayView bytes, FileError *error)

@@ -11,6 +11,7 @@
 
 class QFile;
 class QSaveFile;
+class QUrl;
 
 // Every file the program reads or writes on the user's behalf goes through
 // here: names that are not UTF-8 survive the trip through QString, a reader
@@ -45,6 +46,10 @@ QString DecodeFileName(QByteArrayView name);
 QByteArray EncodeFileName(QStringView name);
 // The program's arguments after its own name, decoded as file names.
 QStringList DecodeArguments(int argc, const char *const *argv);
+// The local file a file: URL names (a dropped file), empty for other URLs. The
+// URL's percent-encoded bytes are the name's bytes, so a name that is not
+// UTF-8 comes through as DecodeFileName gives it.
+QString LocalFileFromUrl(const QUrl &url);
 // The path made absolute against the working folder and cleaned, by text
 // alone: QFileInfo's own would pass it through the lossy conversion.
 QString AbsoluteFilePath(const QString &path);

@@ -93,6 +93,7 @@ private slots:
         QCOMPARE(holder.exitStatus(), QProcess::CrashExit);
         for (const QString &path : paths)
             QVERIFY2(QFileInfo::exists(path) != handled, qPrintable(path));
+        QCOMPARE(QFileInfo::exists(QFileInfo(paths.first()).path()), !handled);
         DeleteStaleTempFiles();
         QVERIFY(!QFileInfo::exists(QFileInfo(paths.first()).path()));
     }
