@@ -159,6 +159,9 @@ void ObexUploadJob::Begin()
     emit StatusChanged(FillPlaceholders(LanguageText(BluetoothText::Connecting),
                                         {{"%d"_L1, m_request.Phone.ShownName()}}));
     QDBusConnection bus = QDBusConnection::sessionBus();
+    // A call on a bus that is not there never answers, not even with an error.
+    if (!bus.isConnected())
+        return Fail(ObexUploadError::ServiceMissing);
     // obexd leaving the bus takes its transfers along without a word.
     auto *service = new QDBusServiceWatcher(ObexService, bus, QDBusServiceWatcher::WatchForUnregistration, this);
     connect(service, &QDBusServiceWatcher::serviceUnregistered, this, [this] {
@@ -192,6 +195,8 @@ void ObexUploadJob::SessionCreated(const QDBusMessage &reply)
         return Fail(ErrorOf(reply, true), ErrorDetail(reply));
     m_sessionPath = reply.arguments().value(0).value<QDBusObjectPath>().path();
     m_step = Step::Sending;
+    if (!QDBusConnection::sessionBus().isConnected())
+        return Fail(ObexUploadError::ServiceMissing);
     QDBusMessage call;
     if (m_request.Phone.Method == ObexMethod::FileTransfer) {
         call = QDBusMessage::createMethodCall(ObexService, m_sessionPath, u"org.bluez.obex.FileTransfer1"_s,
@@ -304,7 +309,7 @@ void ObexUploadJob::End(UploadResult result)
         bus.send(QDBusMessage::createMethodCall(ObexService, m_transferPath, TransferInterface, u"Cancel"_s));
     // obexd holds the copy open while it sends it; removing the name is safe.
     DeleteFiles();
-    if (m_sessionPath.isEmpty()) {
+    if (m_sessionPath.isEmpty() || !bus.isConnected()) {
         QTimer::singleShot(0, this, [this, result] { Finish(result); });
         return;
     }

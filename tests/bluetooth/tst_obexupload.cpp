@@ -252,6 +252,8 @@ private slots:
             << QString() << 0 << QByteArray("successfully transfered") << QByteArray() << u"Other.hid"_s;
         QTest::newRow("no obexd") << QStringList{u"upload"_s, u"%1/Game.hid"_s, u"--bluetooth"_s, Phone} << u"obexd"_s
                                   << 1 << QByteArray() << QByteArray("bluez-obexd") << QString();
+        QTest::newRow("no session bus") << QStringList{u"upload"_s, u"%1/Game.hid"_s, u"--bluetooth"_s, Phone}
+                                        << u"bus"_s << 1 << QByteArray() << QByteArray("bluez-obexd") << QString();
         QTest::newRow("not an address") << QStringList{u"upload"_s, u"%1/Game.hid"_s, u"--bluetooth"_s, u"12:34"_s}
                                         << QString() << 2 << QByteArray() << QByteArray("--bluetooth") << QString();
         QTest::newRow("method without bluetooth")
@@ -280,7 +282,9 @@ private slots:
                      .status,
                  0);
         // The other bus has neither the phone list nor obexd.
-        if (!missing.isEmpty())
+        if (missing == "bus"_L1)
+            environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, u"unix:path=/nonexistent/bus"_s);
+        else if (!missing.isEmpty())
             environment.insert(missing == "obexd"_L1 ? u"DBUS_SESSION_BUS_ADDRESS"_s : u"DBUS_SYSTEM_BUS_ADDRESS"_s,
                                environment.value(missing == "obexd"_L1 ? u"DBUS_SYSTEM_BUS_ADDRESS"_s
                                                                        : u"DBUS_SESSION_BUS_ADDRESS"_s));
