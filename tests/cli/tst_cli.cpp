@@ -109,6 +109,8 @@ private slots:
         // Nothing is written when the keymap cannot be read, not even a profile of the defaults.
         row("pack a missing keymap", u"pack %1/p.png %1/typo.kcf %1/out"_s, 1,
             "Programinternal Error:\n53 File not found");
+        row("show a keymap beyond 256 MB", u"show %1/huge.kcf"_s, 1,
+            "Programinternal Error:\n7 Out of memory\n%1/huge.kcf: the file is too large\n");
         row("show a profile without entries", u"show %1/empty.hid"_s, 1, "The Archive contained no Files !");
         row("extract a cut entry", u"extract %1/cut.hid 2 %1/x"_s, 1,
             "padmapper-cli: entry 2 of %1/cut.hid is cut short");
@@ -147,6 +149,8 @@ private slots:
         // k.tar: a tar with only the keymap.
         QCOMPARE(RunProgram(u"tar"_s, {u"-cf"_s, u"k.tar"_s, u"k.kcf"_s}, dir.path()).Status, 0);
         QVERIFY(WriteFile(dir.filePath(u"empty.hid"_s), QByteArray(1024, '\0')));
+        QVERIFY(WriteFile(dir.filePath(u"huge.kcf"_s), {})
+            && QFile::resize(dir.filePath(u"huge.kcf"_s), (256 << 20) + 1));
         // cut.hid: the profile without its end block and the keymap's last ten bytes.
         QVERIFY(WriteFile(dir.filePath(u"cut.hid"_s), ReadAll(dir.filePath(u"two.hid"_s)).chopped(522)));
 #ifdef Q_OS_UNIX

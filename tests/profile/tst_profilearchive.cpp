@@ -321,7 +321,12 @@ private slots:
     {
         QFETCH(QString, readAhead);
         QFETCH(bool, rewrite);
-        QVERIFY(Save(u"a.hid"_s, 30) && Save(u"b.hid"_s, 31, 27));
+        // Two profiles of the same size and time: only the name tells them apart.
+        QVERIFY(Save(u"a.hid"_s, 30) && Save(u"b.hid"_s, 30, 27));
+        const QDateTime time = QDateTime::currentDateTime().addSecs(-60);
+        for (QFile file : {Path(u"a.hid"_s), Path(u"b.hid"_s)})
+            QVERIFY(
+                file.open(QIODevice::ReadWrite) && file.setFileTime(time, QFileDevice::FileModificationTime));
         Document document;
         document.ReadAhead(Path(readAhead));
         QCOMPARE(TempFiles().size(), 3);

@@ -102,7 +102,6 @@ private slots:
         cTar tar;
         tar.AddFile(Path(u"p.bin"_s), u"Games.png"_s, QString());
         tar.AddFile(Path(u"missing.bin"_s), u"skipped"_s, QString());
-        tar.AddFile(Path(u"p.bin"_s), u"again.png"_s, QString());
         // Content text is unpadded, so only the end block may follow it.
         tar.AddFile(QString(), u"Games.kcf"_s, u"K\u00E4se"_s);
         QVERIFY(tar.CreateTarFile(Path(u"round.tar"_s)));
@@ -110,11 +109,9 @@ private slots:
 
         cTar back;
         QVERIFY(back.GetContents(Path(u"round.tar"_s)));
-        QCOMPARE(back.TotalFiles(), 3);
-        QCOMPARE(back.Filename(2), u"again.png"_s);
-        QCOMPARE(back.FileToArray(2), picture);
-        QCOMPARE(back.Filename(3), u"Games.kcf"_s);
-        QCOMPARE(back.FileToArray(3), QByteArray("K\xE4se"));
+        QCOMPARE(back.Entries().size(), 2);
+        QCOMPARE(back.Filename(2), u"Games.kcf"_s);
+        QCOMPARE(back.FileToArray(2), QByteArray("K\xE4se"));
         QVERIFY(back.ExtractFile(Path(u"deep/er/out.png"_s), 1));
         QCOMPARE(ReadAll(Path(u"deep/er/out.png"_s)), picture);
         QVERIFY(!back.GetContents(Path(u"none.tar"_s)));

@@ -97,7 +97,7 @@ private slots:
             {"Speed=921601", 115200, 0, false},
             {"Speed=1", 1, 0, false},
             {"Speed=fast", 115200, 0, false}, // no number: 0, below the lowest
-            {"COMPort=65539", 115200, 3, true}, // a port number is kept in 16 bits
+            {"COMPort=65795", 115200, 259, true}, // a port number is kept in 16 bits
             {"PortName=/dev/rfcomm0", 115200, 0, true},
         };
         for (const auto &row : rows) {

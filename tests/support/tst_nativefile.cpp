@@ -101,12 +101,14 @@ private slots:
                 limit.emplace(sizeLimit);
             QCOMPARE(WriteWholeFile(Path(target), bytes, &error), problem == FileProblem::None);
         }
+        {
+            WholeFileWriter abandoned(Path(u"out/t"_s)); // never committed: leaves no trace
+            QVERIFY(abandoned.Open() && abandoned.Write("abandoned"));
+        }
         QCOMPARE(error.Problem, problem);
         QCOMPARE(error.Path, problem == FileProblem::None ? QString() : Path(target));
         QCOMPARE(ReadAll(Path(u"out/t"_s)), problem == FileProblem::None ? bytes : QByteArray("previous"));
-        struct stat status
-        {
-        };
+        struct stat status = {};
         QVERIFY(::stat(QFile::encodeName(Path(u"out/t"_s)).constData(), &status) == 0);
         QCOMPARE(status.st_mode & 07777, 0640u);
         QCOMPARE(QDir(Path(u"out"_s)).entryList(QDir::AllEntries | QDir::Hidden), before);
