@@ -41,15 +41,16 @@ double PutSeconds(qint64 lineBps, qsizetype size)
         data[i] = char(i * 31 % 251);
 
     UploadRequest request;
-    request.Port.PortName = phone.PortName();
-    request.Port.ComPort = 1;
-    request.Port.Speed = 115200;
+    request.Port = *SerialPort::Parse(phone.PortName());
+    request.Speed = 115200;
     request.RemoteName = u"Bench.hid"_s;
     request.OpenPauseMs = 0;
-    request.WriteProfileCopy = [&] {
-        QFile file(copyPath);
-        return file.open(QIODevice::WriteOnly) && file.write(data) == size ? copyPath : QString();
-    };
+    QFile file(copyPath);
+    if (!file.open(QIODevice::WriteOnly) || file.write(data) != size)
+        return -1;
+    file.close();
+    request.ProfilePath = copyPath;
+    request.OwnsProfile = true;
     ProfileUpload upload(request);
     QElapsedTimer timer;
     double seconds = -1;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "editor/editordialogs.h"
 #include "editor/mainwindow.h"
+#include "phone/uploadsignalguard.h"
 #include "profile/tempfiles.h"
 #include "settings/settingsstore.h"
 #include "support/nativefile.h"
@@ -24,5 +25,9 @@ int main(int argc, char *argv[])
     window.Startup(DecodeArguments(argc, argv));
     const int status = QApplication::exec();
     DeleteTempFiles();
+    // A termination signal ended an upload as Abort does; the program now ends
+    // as that signal ends it, with the port closed and nothing left behind.
+    if (window.EndingSignal() != 0)
+        UploadSignalGuard::EndAsSignalled(window.EndingSignal());
     return status;
 }

@@ -40,7 +40,9 @@ Commands:
                  such as /dev/rfcomm0; COM3 or 3 on Windows) at BPS bit/s
                  (default 115200), under NAME on the phone (default: the
                  profile's name with ".hid"). Status lines go to standard
-                 output, the error message to standard error; Ctrl-C aborts.
+                 output, the error message to standard error. Ctrl-C,
+                 SIGTERM and SIGHUP abort the upload, closing the port, and
+                 then end the tool as the signal does.
   ports          List the serial ports the settings offer, one per line.
 
 Options:

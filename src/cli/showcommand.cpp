@@ -5,27 +5,18 @@
 #include "keymap/keymap.h"
 #include "keymap/keymapreader.h"
 #include "keymap/keymapwriter.h"
+#include "profile/document.h"
 #include "profile/profilearchive.h"
 #include "support/ansitext.h"
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-bool IsProfilePath(const QString &path)
-{
-    const QString extension = LowerExtension(path);
-    return extension == "hid"_L1 || extension == "tar"_L1;
-}
-
-} // namespace
 
 int RunShow(const QString &path)
 {
     Keymap keymap;
     KeymapReadErrors errors;
     bool failed = false;
-    if (IsProfilePath(path)) {
+    if (FileKindOf(path) == FileKind::Profile) {
         const OpenedProfile profile = OpenProfileArchive(path);
         for (const ProfileMessage message : profile.Messages)
             WriteStderr(ProfileMessageText(message, profile.Problem));

@@ -2,16 +2,19 @@
 #include "uploadcommand.h"
 
 #include "clioutput.h"
-#include "phone/profileupload.h"
+#include "phone/uploadjob.h"
+#include "phone/uploadsignalguard.h"
+#include "profile/picture.h"
 #include "profile/profilearchive.h"
+#include "profile/tar.h"
 #include "profile/tempfiles.h"
 #include "settings/filemessage.h"
+#include "settings/languagetext.h"
 
+#include <QEventLoop>
 #include <QFile>
-#include <QRegularExpression>
 
-#include <atomic>
-#include <csignal>
+#include <algorithm>
 #include <cstdio>
 
 #ifdef Q_OS_WIN
@@ -27,24 +30,6 @@ namespace {
 constexpr qint32 DefaultSpeed = 115200;
 constexpr int ProgressBarWidth = 30;
 const QStringList ValueOptions = {u"--port"_s, u"--speed"_s, u"--name"_s};
-
-std::atomic<ProfileUpload *> g_upload{nullptr};
-std::atomic<int> g_interrupts{0};
-static_assert(std::atomic<ProfileUpload *>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
-
-// The first Ctrl-C aborts like the Abort button; a second one ends the program
-// at once, without leaving the profile copy behind.
-extern "C" void InterruptUpload(int signalNumber)
-{
-    if (g_interrupts.fetch_add(1) == 0) {
-        if (ProfileUpload *upload = g_upload.load())
-            upload->Abort();
-        return;
-    }
-    DeleteTempFilesFromSignalHandler();
-    std::signal(signalNumber, SIG_DFL);
-    std::raise(signalNumber);
-}
 
 bool StdoutIsTerminal()
 {
@@ -70,35 +55,27 @@ int UsageError(const QString &message)
     return ExitStatus::Usage;
 }
 
-PortSettings PortFromArgument(const QString &port, qint32 speed)
+// A profile lists as a tar archive with a picture entry and a keymap entry;
+// only the headers are read, however large the file.
+bool IsProfileFile(const QString &path)
 {
-    PortSettings settings;
-    settings.Speed = speed;
-    settings.PortName = port;
-#ifdef Q_OS_WIN
-    static const QRegularExpression comPort(u"^(?:COM)?([0-9]+)$"_s, QRegularExpression::CaseInsensitiveOption);
-    if (const QRegularExpressionMatch match = comPort.match(port); match.hasMatch())
-        settings.ComPort = match.captured(1).toInt();
-#endif
-    return settings;
-}
-
-// The copy that is sent, or "" after saying why it could not be made.
-QString CopyToTempFile(const QString &profile)
-{
-    FileError error;
-    const QString path = MakeTempFile(error);
-    if (!path.isEmpty() && CopyWholeFile(profile, path, &error))
-        return path;
-    Complain(ProfileMessageText(ProfileMessage::CreatingFileFailed, error));
-    return QString();
+    cTar tar;
+    if (!tar.GetContents(path))
+        return false;
+    const QList<TarEntry> &entries = tar.Entries();
+    const auto has = [&entries](auto isWanted) {
+        return std::any_of(entries.begin(), entries.end(),
+                           [&](const TarEntry &entry) { return isWanted(LowerExtension(entry.Name)); });
+    };
+    return has([](const QString &extension) { return ProfilePictureExtensions().contains(extension); })
+           && has([](const QString &extension) { return extension == "kcf"_L1; });
 }
 
 // Draws "[#####.....]  42%  126.0 of 292.9 KB, 11 KB/s" over the current
 // terminal line.
 QByteArray ProgressBar(qint64 bytesSent, qint64 total, qint32 rate)
 {
-    const int percent = ProfileUpload::Percent(bytesSent, total);
+    const int percent = UploadJob::Percent(bytesSent, total);
     const int filled = percent * ProgressBarWidth / 100;
     return "\r[" + QByteArray(filled, '#') + QByteArray(ProgressBarWidth - filled, '.') + "] "
            + QByteArray::number(percent).rightJustified(3) + "%  " + QByteArray::number(double(bytesSent) / 1024, 'f', 1)
@@ -155,42 +132,59 @@ int RunUpload(const QStringList &arguments)
         Complain(FileFailureMessage(u"no profile"_s, profileError));
         return ExitStatus::Failure;
     }
+    if (!IsProfileFile(profile)) {
+        const QString text = LanguageText(u"Errors"_s, u"NotAProfile"_s,
+                                          u"%f is not a profile (a tar archive with a picture and a "
+                                          "keymap)."_s);
+        Complain(FillPlaceholders(text, {{"%f"_L1, profile}}));
+        return ExitStatus::Failure;
+    }
 
+    // The user's file is finished already: it is sent as it is, not copied.
     UploadRequest request;
-    request.Port = PortFromArgument(port, speed);
+    request.Port = SerialPort::Parse(port).value_or(SerialPort());
+    request.Speed = speed;
     request.RemoteName = name.isEmpty() ? RemoteProfileName(profile) : name;
-    bool copyFailed = false; // and said why
-    request.WriteProfileCopy = [profile, &copyFailed] {
-        const QString copy = CopyToTempFile(profile);
-        copyFailed = copy.isEmpty();
-        return copy;
-    };
+    request.ProfilePath = profile;
+    request.OwnsProfile = false;
 
-    ProfileUpload upload(request);
+    const std::unique_ptr<UploadJob> upload = MakeUploadJob(request);
     const bool terminal = StdoutIsTerminal();
     bool barShown = false;
-    QObject::connect(&upload, &ProfileUpload::StatusChanged, [&](const QString &text) {
+    QObject::connect(upload.get(), &UploadJob::StatusChanged, [&](const QString &text) {
         WriteStdout((barShown ? "\n" : "") + ConsoleLine(text) + '\n');
         barShown = false;
     });
     // The status line of each piece only repeats the sending line: a terminal
     // gets a bar with the figures instead.
-    QObject::connect(&upload, &ProfileUpload::ProgressChanged,
+    QObject::connect(upload.get(), &UploadJob::ProgressChanged,
                      [&](qint64 bytesSent, qint64 total, qint32 rate, const QString &) {
                          if (!terminal)
                              return;
                          WriteStdout(ProgressBar(bytesSent, total, rate));
                          barShown = true;
                      });
+    QEventLoop loop;
+    UploadResult result = UploadResult::Failed;
+    QObject::connect(upload.get(), &UploadJob::Finished, &loop, [&](UploadResult ended) {
+        result = ended;
+        loop.quit();
+    });
 
-    g_interrupts.store(0);
-    g_upload.store(&upload);
-    const auto previousHandler = std::signal(SIGINT, InterruptUpload);
-    const UploadResult result = upload.Run();
-    std::signal(SIGINT, previousHandler == SIG_ERR ? SIG_DFL : previousHandler);
-    g_upload.store(nullptr);
+    int signalNumber = 0;
+    {
+        const UploadSignalGuard guard(*upload, DeleteTempFilesFromSignalHandler);
+        upload->Start();
+        loop.exec();
+        signalNumber = guard.Received();
+    }
     if (barShown)
         WriteStdout("\n");
+    if (signalNumber != 0) {
+        Complain(u"upload aborted"_s);
+        DeleteTempFiles();
+        UploadSignalGuard::EndAsSignalled(signalNumber);
+    }
 
     switch (result) {
     case UploadResult::Succeeded:
@@ -201,7 +195,6 @@ int RunUpload(const QStringList &arguments)
     case UploadResult::Failed:
         break;
     }
-    if (!copyFailed)
-        Complain(upload.ErrorText());
+    Complain(upload->ErrorText());
     return ExitStatus::Failure;
 }

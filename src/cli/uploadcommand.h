@@ -9,7 +9,9 @@
 bool IsUploadOption(const QString &argument);
 
 // upload PROFILE --port PORT [--speed BPS] [--name NAME]: sends the profile
-// file to the phone. Status lines go to stdout (with a progress bar on a
-// terminal), the error message to stderr; Ctrl-C aborts. Returns the exit
-// status.
+// file to the phone as it is. A file that is not a profile is refused before
+// the port is touched. Status lines go to stdout (with a progress bar on a
+// terminal), the error message to stderr. Ctrl-C, SIGTERM and SIGHUP abort the
+// upload, which closes the port, and then end the program as the signal does.
+// Returns the exit status.
 int RunUpload(const QStringList &arguments);

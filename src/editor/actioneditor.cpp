@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "actioneditor.h"
 
+#include "keymap/keyactiontext.h"
 #include "keymap/keymap.h"
 #include "keymap/keytable.h"
-#include "phoneart.h"
+#include "movementarrow.h"
 #include "settings/languagetext.h"
 
 #include <QButtonGroup>
@@ -47,6 +48,13 @@ constexpr std::array<CompassCell, 8> Compass = {{
     {MouseActions::MoveDownRight, 2, 2},
 }};
 
+// The modifier boxes in their order: left Shift, Ctrl, Alt, Windows, then the
+// right ones.
+constexpr std::array<std::int16_t ModifierFlags::*, ActionEditor::ModifierBoxCount> ModifierBoxFlags = {
+    &ModifierFlags::LeftShift,  &ModifierFlags::LeftCtrl,  &ModifierFlags::LeftAlt,  &ModifierFlags::LeftWin,
+    &ModifierFlags::RightShift, &ModifierFlags::RightCtrl, &ModifierFlags::RightAlt, &ModifierFlags::RightWin,
+};
+
 constexpr int ArrowButtonExtent = 34;
 constexpr int MovementPictureExtent = 40;
 
@@ -58,7 +66,11 @@ ActionEditor::ActionEditor(QWidget *parent) : QGroupBox(parent)
     m_device = new QComboBox(this);
     m_device->addItems({QString(), QString()});
     m_deviceLabel->setBuddy(m_device);
-    connect(m_device, &QComboBox::activated, this, &ActionEditor::DeviceChosen);
+    connect(m_device, &QComboBox::activated, this, [this](int index) {
+        m_action.IsMouse = index == 1;
+        ShowMousePanel(m_action.IsMouse);
+        emit ActionEdited(m_action);
+    });
 
     // Keyboard panel.
     m_keyboardPanel = new QWidget(this);
@@ -76,7 +88,8 @@ ActionEditor::ActionEditor(QWidget *parent) : QGroupBox(parent)
             auto *box = new QCheckBox(m_keyboardPanel);
             m_modifiers[static_cast<std::size_t>(side * 4 + row)] = box;
             modifierGrid->addWidget(box, row + 1, side + 1, Qt::AlignHCenter);
-            connect(box, &QCheckBox::clicked, this, &ActionEditor::ModifierBoxClicked);
+            connect(box, &QCheckBox::clicked, this,
+                    [this, index = side * 4 + row](bool checked) { ModifierBoxClicked(index, checked); });
         }
     }
     modifierGrid->setColumnStretch(3, 1);
@@ -88,10 +101,7 @@ ActionEditor::ActionEditor(QWidget *parent) : QGroupBox(parent)
     m_specialKeys->setMinimumContentsLength(12);
     auto *specialLayout = new QVBoxLayout(m_specialFrame);
     specialLayout->addWidget(m_specialKeys);
-    connect(m_specialKeys, &QComboBox::currentTextChanged, this, [this](const QString &text) {
-        // Only what the user chose or typed: filling the list blocks signals.
-        emit SpecialKeyChanged(text);
-    });
+    connect(m_specialKeys, &QComboBox::currentTextChanged, this, &ActionEditor::SpecialKeyChosen);
 
     m_snapshot = new QPushButton(m_keyboardPanel);
     m_snapshot->setAutoDefault(false);
@@ -127,7 +137,11 @@ ActionEditor::ActionEditor(QWidget *parent) : QGroupBox(parent)
     m_movementPicture->setFixedSize(ArrowButtonExtent, ArrowButtonExtent);
     m_movementPicture->setAlignment(Qt::AlignCenter);
     compass->addWidget(m_movementPicture, 1, 1);
-    connect(m_mouseOptions, &QButtonGroup::idClicked, this, &ActionEditor::MouseOptionClicked);
+    connect(m_mouseOptions, &QButtonGroup::idClicked, this, [this](int mouseAction) {
+        m_action.MouseAction = mouseAction;
+        ShowMovementPicture(mouseAction);
+        emit ActionEdited(m_action);
+    });
 
     auto *mouseLayout = new QVBoxLayout(m_mousePanel);
     mouseLayout->setContentsMargins(0, 0, 0, 0);
@@ -148,7 +162,10 @@ ActionEditor::ActionEditor(QWidget *parent) : QGroupBox(parent)
     m_commentLabel = new QLabel(this);
     m_comment = new QLineEdit(this);
     m_commentLabel->setBuddy(m_comment);
-    connect(m_comment, &QLineEdit::textEdited, this, &ActionEditor::CommentEdited);
+    connect(m_comment, &QLineEdit::textEdited, this, [this](const QString &text) {
+        m_action.Comment = text;
+        emit ActionEdited(m_action);
+    });
 
     m_message = new QLabel(this);
     m_message->setWordWrap(true);
@@ -173,6 +190,47 @@ ActionEditor::ActionEditor(QWidget *parent) : QGroupBox(parent)
 QAbstractButton *ActionEditor::MouseOption(int index) const
 {
     return m_mouseOptions->button(index);
+}
+
+void ActionEditor::ShowAction(const KeyAction &action)
+{
+    m_action = action;
+    SetMessage(QString(), false);
+    if (QAbstractButton *option = MouseOption(action.MouseAction))
+        option->setChecked(true);
+    ShowMovementPicture(action.MouseAction);
+    m_device->setCurrentIndex(action.IsMouse ? 1 : 0);
+    ShowMousePanel(action.IsMouse);
+    {
+        // The list reports every change of its text, and this one is no edit.
+        const QSignalBlocker blocker(m_specialKeys);
+        m_specialKeys->setCurrentText(KeyDisplayName(action.KeyCode));
+    }
+    m_comment->setText(action.Comment);
+    int modifiers = action.Modifiers;
+    const ModifierFlags flags = ModifierToFlags(modifiers);
+    for (int i = 0; i < ModifierBoxCount; ++i)
+        ModifierBox(i)->setChecked(flags.*ModifierBoxFlags[static_cast<std::size_t>(i)] != 0);
+}
+
+void ActionEditor::ModifierBoxClicked(int index, bool checked)
+{
+    int modifiers = m_action.Modifiers;
+    ModifierFlags flags = ModifierToFlags(modifiers);
+    flags.*ModifierBoxFlags[static_cast<std::size_t>(index)] = checked ? 1 : 0;
+    m_action.Modifiers = static_cast<std::int16_t>(FlagsToModifier(flags));
+    emit ActionEdited(m_action);
+}
+
+void ActionEditor::SpecialKeyChosen(const QString &text)
+{
+    m_action.KeyCode = static_cast<std::int16_t>(KeyCodeOfName(text.trimmed()));
+    emit ActionEdited(m_action);
+    // A key the phone cannot send is named as such.
+    if (KeyToUsage(m_action.KeyCode) == "00"_L1)
+        SetMessage(MainWindowText(u"Label_Error"_s, u"This key is not supported !"_s), true);
+    else
+        SetMessage(QString(), false);
 }
 
 void ActionEditor::ShowMousePanel(bool mouse)

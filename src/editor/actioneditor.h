@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "keymap/keymap.h"
+
 #include <QGroupBox>
 
 #include <array>
@@ -16,8 +18,8 @@ class QStackedWidget;
 
 // The editor of one key's action: device list, keyboard panel (modifier boxes,
 // special-key list, Snapshot) and mouse panel (ten options with the movement
-// arrows), comment and message line. It only shows and reports; the main
-// window decides what an edit does.
+// arrows), comment and message line. It shows a KeyAction and hands each edit
+// of it back whole; the main window stores it.
 class ActionEditor : public QGroupBox
 {
     Q_OBJECT
@@ -36,6 +38,10 @@ public:
     QLineEdit *CommentBox() const { return m_comment; }
     QLabel *MessageLabel() const { return m_message; }
 
+    // Shows the action in every control and clears the message line. Showing
+    // is no edit: nothing is reported.
+    void ShowAction(const KeyAction &action);
+
     // Brings the keyboard (false) or mouse (true) panel to the front.
     void ShowMousePanel(bool mouse);
     bool IsMousePanelShown() const;
@@ -49,17 +55,18 @@ public:
     void SetMessage(const QString &text, bool isError);
 
 signals:
-    void ModifierBoxClicked();
-    void DeviceChosen(int index);
-    void SpecialKeyChanged(const QString &text);
-    void MouseOptionClicked(int index);
-    void CommentEdited(const QString &text);
+    // The action shown, as the user has just changed it.
+    void ActionEdited(const KeyAction &action);
 
 protected:
     void changeEvent(QEvent *event) override;
 
 private:
+    void ModifierBoxClicked(int index, bool checked);
+    void SpecialKeyChosen(const QString &text);
     void UpdateArrowIcons();
+
+    KeyAction m_action;
 
     QComboBox *m_device = nullptr;
     QStackedWidget *m_panels = nullptr;

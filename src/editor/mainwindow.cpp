@@ -21,9 +21,7 @@
 #include "support/nativefile.h"
 #include "support/programpaths.h"
 
-#include <QAbstractButton>
 #include <QApplication>
-#include <QCheckBox>
 #include <QCloseEvent>
 #include <QDesktopServices>
 #include <QDragEnterEvent>
@@ -31,13 +29,8 @@
 #include <QMimeData>
 #include <QThreadPool>
 #include <QUrl>
-#include <QComboBox>
-#include <QDir>
-#include <QFileInfo>
 #include <QFontDatabase>
 #include <QHBoxLayout>
-#include <QLabel>
-#include <QLineEdit>
 #include <QMenuBar>
 #include <QPushButton>
 #include <QScreen>
@@ -48,7 +41,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int CountdownInterval = 1000; // ms per tick
 constexpr PhoneKey FirstFocusedKey = PhoneKeys::Digit1;
 
 QString MainWindowText(const QString &key, const QString &english)
@@ -56,35 +48,6 @@ QString MainWindowText(const QString &key, const QString &english)
     return LanguageText(u"MainWindow"_s, key, english);
 }
 
-QString DialogText(const QString &key, const QString &english)
-{
-    return LanguageText(u"CommonDialog"_s, key, english);
-}
-
-// The names of the keys that show symbols instead of words.
-struct SymbolKeyName
-{
-    PhoneKey Key;
-    const char16_t *LanguageKey;
-    const char16_t *English;
-};
-constexpr std::array<SymbolKeyName, 8> SymbolKeyNames = {{
-    {PhoneKeys::Joy, u"Frame_JoystickPress", u"Joystick press"},
-    {PhoneKeys::Left, u"Frame_JoystickLeft", u"Joystick left"},
-    {PhoneKeys::Up, u"Frame_JoystickUp", u"Joystick up"},
-    {PhoneKeys::Right, u"Frame_JoystickRight", u"Joystick right"},
-    {PhoneKeys::Down, u"Frame_JoystickDown", u"Joystick down"},
-    {PhoneKeys::VolUp, u"Frame_Plus", u"Plus"},
-    {PhoneKeys::VolDown, u"Frame_Minus", u"Minus"},
-    {PhoneKeys::Cam, u"Frame_Camera", u"Camera"},
-}};
-
-// The modifier boxes in their order: left Shift, Ctrl, Alt, Windows, then the
-// right ones.
-constexpr std::array<std::int16_t ModifierFlags::*, ActionEditor::ModifierBoxCount> ModifierBoxFlags = {
-    &ModifierFlags::LeftShift,  &ModifierFlags::LeftCtrl,  &ModifierFlags::LeftAlt,  &ModifierFlags::LeftWin,
-    &ModifierFlags::RightShift, &ModifierFlags::RightCtrl, &ModifierFlags::RightAlt, &ModifierFlags::RightWin,
-};
 
 // The program's own windows. When one of them hands the activation back, the
 // main window puts the focus on key "1" as when it first opened; message boxes
@@ -96,19 +59,10 @@ bool IsProgramWindow(QWidget *window)
            || qobject_cast<SettingsWindow *>(window) || qobject_cast<UploadWindow *>(window);
 }
 
-bool IsModifierKey(int virtualKey)
-{
-    using namespace ModifierKeys;
-    for (const int modifier : {LeftShift, RightShift, LeftCtrl, RightCtrl, LeftAlt, RightAlt, LeftWin, RightWin})
-        if (virtualKey == modifier)
-            return true;
-    return virtualKey >= 16 && virtualKey <= 18; // the generic Shift, Ctrl and Alt
-}
-
 } // namespace
 
 MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *parent)
-    : QMainWindow(parent), m_dialogs(dialogs), m_store(store)
+    : QMainWindow(parent), m_dialogs(dialogs), m_store(store), m_fileNames(dialogs, m_settings, this)
 {
     // Setting up the font database takes longer than anything else at start-up.
     // It runs on a thread of its own while the parts that need no font are made;
@@ -164,11 +118,7 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
     connect(m_keypad, &PhoneKeypad::KeyButtonReleased, this, &MainWindow::RefreshKeyDisplay);
     connect(m_keypad, &PhoneKeypad::KeyButtonFocusLost, this, [this] { RefreshKeyDisplay(-1); });
 
-    connect(m_editor, &ActionEditor::ModifierBoxClicked, this, &MainWindow::ModifierBoxClicked);
-    connect(m_editor, &ActionEditor::DeviceChosen, this, &MainWindow::DeviceChosen);
-    connect(m_editor, &ActionEditor::SpecialKeyChanged, this, &MainWindow::SpecialKeyChanged);
-    connect(m_editor, &ActionEditor::MouseOptionClicked, this, &MainWindow::MouseOptionClicked);
-    connect(m_editor, &ActionEditor::CommentEdited, this, &MainWindow::CommentEdited);
+    connect(m_editor, &ActionEditor::ActionEdited, this, &MainWindow::ActionEdited);
     connect(m_editor->SnapshotButton(), &QPushButton::clicked, this, &MainWindow::StartSnapshot);
 
     connect(m_saveButton, &QPushButton::clicked, this, [this] { (void)Save(); });
@@ -178,8 +128,11 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
     m_focusWindowWatch
         = connect(qApp, &QGuiApplication::focusWindowChanged, this, &MainWindow::FocusWindowChanged);
 
-    m_countdown.setInterval(CountdownInterval);
-    connect(&m_countdown, &QTimer::timeout, this, &MainWindow::CountdownTick);
+    connect(&m_countdown, &SnapshotCountdown::Counted, m_editor->SnapshotButton(), &QPushButton::setText);
+    connect(&m_countdown, &SnapshotCountdown::Finished, this, [this] {
+        m_heldKeys->SetSwallowing(false);
+        CaptureKeyboard(m_activeButton);
+    });
 
     UpdateCaption();
 }
@@ -262,38 +215,18 @@ void MainWindow::Startup(const QStringList &arguments)
             path = close < 0 ? path.mid(open + 1) : path.mid(open + 1, close - open - 1);
         }
     }
-    // A file that is not there is passed over in silence; one that is there
-    // but cannot be read gets its message before the default document comes.
     bool opened = false;
-    if (!path.isEmpty() && PathExists(path)) {
-        const QString extension = QFileInfo(path).suffix().toLower();
-        if (extension == "hid"_L1 || extension == "tar"_L1) {
-            QCoreApplication::processEvents();
-            opened = m_document->OpenProfile(AbsoluteFilePath(path));
-            m_document->SetSaved(true);
-        } else if (extension == "kcf"_L1 && m_document->ReadKeymap(AbsoluteFilePath(path), false)) {
-            m_document->SetCurrentFile(AbsoluteFilePath(path));
-            UpdateCaption();
-            m_document->SetSaved(true);
-            opened = true;
-        }
+    if (!path.isEmpty()) {
+        // The window is drawn before the file is read.
+        QCoreApplication::processEvents();
+        opened = m_document->OpenAtStart(path);
     }
     if (opened)
         m_document->DropReadAhead();
     else
-        OpenDefaultProfile();
+        m_document->OpenTemplate(FindProgramFile(u"Desktop.hid"_s));
     RefreshKeyDisplay(FirstFocusedKey);
     m_keypad->CMD(FirstFocusedKey)->setFocus();
-}
-
-void MainWindow::OpenDefaultProfile()
-{
-    const QString defaultProfile = FindProgramFile(u"Desktop.hid"_s);
-    if (!defaultProfile.isEmpty())
-        m_document->OpenProfile(defaultProfile);
-    m_document->SetCurrentFile(QString());
-    UpdateCaption();
-    m_document->SetSaved(true);
 }
 
 void MainWindow::ApplyMainWindowLanguage()
@@ -361,42 +294,16 @@ bool MainWindow::CheckSaved()
 
 QString MainWindow::KeyDisplayText(int index) const
 {
-    for (const SymbolKeyName &symbol : SymbolKeyNames) {
-        if (symbol.Key == index)
-            return MainWindowText(QString::fromUtf16(symbol.LanguageKey), QString::fromUtf16(symbol.English));
-    }
-    QString caption = m_keypad->CMD(index)->text();
-    return caption.remove(u'&');
+    return PhoneKeyDisplayName(index);
 }
 
 void MainWindow::RefreshKeyDisplay(int index)
 {
     if (index >= 0 && index < PhoneKeys::Count)
         m_activeButton = index;
-    const bool saved = m_document->IsSaved();
-    m_filling = true;
-    m_editor->SetMessage(QString(), false);
     m_keypad->SetActiveButton(m_activeButton);
     m_editor->setTitle(m_texts.FrameText + " \""_L1 + KeyDisplayText(m_activeButton) + u'"');
-
-    const KeyAction &action = m_document->Action(m_activeButton);
-    {
-        const QSignalBlocker deviceBlocker(m_editor->DeviceList());
-        const QSignalBlocker keyBlocker(m_editor->SpecialKeyList());
-        if (QAbstractButton *option = m_editor->MouseOption(action.MouseAction))
-            option->setChecked(true);
-        m_editor->ShowMovementPicture(action.MouseAction);
-        m_editor->DeviceList()->setCurrentIndex(action.IsMouse ? 1 : 0);
-        m_editor->ShowMousePanel(action.IsMouse);
-        m_editor->SpecialKeyList()->setCurrentText(KeyDisplayName(action.KeyCode));
-        m_editor->CommentBox()->setText(action.Comment);
-        int modifiers = action.Modifiers;
-        const ModifierFlags flags = ModifierToFlags(modifiers);
-        for (int i = 0; i < ActionEditor::ModifierBoxCount; ++i)
-            m_editor->ModifierBox(i)->setChecked(flags.*ModifierBoxFlags[static_cast<std::size_t>(i)] != 0);
-    }
-    m_filling = false;
-    m_document->SetSaved(saved);
+    m_editor->ShowAction(m_document->Action(m_activeButton));
 }
 
 void MainWindow::UpdateToolTip(int scope)
@@ -407,67 +314,16 @@ void MainWindow::UpdateToolTip(int scope)
         m_keypad->CMD(key)->setToolTip(KeyActionToolTip(m_document->Action(key), m_texts));
 }
 
-void MainWindow::ModifierBoxClicked()
+void MainWindow::ActionEdited(const KeyAction &action)
 {
-    if (m_filling)
-        return;
-    ModifierFlags flags;
-    for (int i = 0; i < ActionEditor::ModifierBoxCount; ++i)
-        flags.*ModifierBoxFlags[static_cast<std::size_t>(i)] = m_editor->ModifierBox(i)->isChecked() ? 1 : 0;
-    m_document->SetModifiers(m_activeButton, FlagsToModifier(flags));
-    UpdateToolTip(0);
-}
-
-void MainWindow::DeviceChosen(int index)
-{
-    if (m_filling)
-        return;
-    const bool mouse = index == 1;
-    m_editor->ShowMousePanel(mouse);
-    // The tool tip is rebuilt before the device is stored: it shows the
-    // previous device until the key's next edit or refresh.
-    UpdateToolTip(0);
-    m_document->SetIsMouse(m_activeButton, mouse);
-}
-
-void MainWindow::SpecialKeyChanged(const QString &text)
-{
-    if (m_filling)
-        return;
-    const int code = KeyCodeOfName(text.trimmed());
-    m_document->SetKeyCode(m_activeButton, code);
-    UpdateToolTip(0);
-    CheckSupportedKey();
-}
-
-void MainWindow::CheckSupportedKey()
-{
-    if (KeyToUsage(m_document->Action(m_activeButton).KeyCode) == "00"_L1)
-        m_editor->SetMessage(MainWindowText(u"Label_Error"_s, u"This key is not supported !"_s), true);
-    else
-        m_editor->SetMessage(QString(), false);
-}
-
-void MainWindow::MouseOptionClicked(int index)
-{
-    if (m_filling)
-        return;
-    m_document->SetMouseAction(m_activeButton, index);
-    m_editor->ShowMovementPicture(index);
-    UpdateToolTip(0);
-}
-
-void MainWindow::CommentEdited(const QString &text)
-{
-    if (m_filling)
-        return;
-    m_document->SetComment(m_activeButton, text);
-    UpdateToolTip(0);
-}
-
-void MainWindow::SetKeyButtonsEnabled(bool enabled)
-{
-    m_keypad->SetKeyButtonsEnabled(enabled);
+    // A new device is stored after the tool tip is rebuilt: the tip keeps the
+    // previous device's text until the key's next edit or refresh.
+    const bool deviceSwitched = action.IsMouse != m_document->Action(m_activeButton).IsMouse;
+    if (deviceSwitched)
+        UpdateToolTip(0);
+    m_document->SetAction(m_activeButton, action);
+    if (!deviceSwitched)
+        UpdateToolTip(0);
 }
 
 void MainWindow::FocusWindowChanged(QWindow *window)
@@ -483,30 +339,12 @@ void MainWindow::FocusWindowChanged(QWindow *window)
 
 void MainWindow::StartSnapshot()
 {
-    if (m_countdown.isActive())
+    if (m_countdown.IsCounting())
         return;
-    m_ticks = 0;
-    m_editor->SnapshotButton()->setText(u"3..."_s);
-    SetKeyButtonsEnabled(false);
+    m_keypad->SetKeyButtonsEnabled(false);
     m_editor->SetMessage(MainWindowText(u"Label_Press"_s, u"Please press the keys on the keyboard..."_s), false);
     m_heldKeys->SetSwallowing(true);
-    m_countdown.start();
-}
-
-void MainWindow::CountdownTick()
-{
-    ++m_ticks;
-    if (m_ticks == 1) {
-        m_editor->SnapshotButton()->setText(u"2..."_s);
-        return;
-    }
-    if (m_ticks == 2) {
-        m_editor->SnapshotButton()->setText(u"1..."_s);
-        return;
-    }
-    m_countdown.stop();
-    m_heldKeys->SetSwallowing(false);
-    CaptureKeyboard(m_activeButton);
+    m_countdown.Start();
 }
 
 void MainWindow::CaptureKeyboard(int index)
@@ -519,16 +357,11 @@ void MainWindow::CaptureKeyboard(int index)
     m_document->SetAction(index, action);
 
     m_editor->SnapshotButton()->setText(MainWindowText(u"Button_SnapShot"_s, u"Snapshot"_s));
-    SetKeyButtonsEnabled(true);
+    m_keypad->SetKeyButtonsEnabled(true);
     RefreshKeyDisplay(-1);
     UpdateToolTip(0);
     // A held key the phone cannot send is named as such.
-    bool unsupportedHeld = false;
-    for (int code = 3; code < int(state.size()); ++code) {
-        if (state[static_cast<std::size_t>(code)] > 1 && !IsModifierKey(code) && KeyToUsage(code) == "00"_L1)
-            unsupportedHeld = true;
-    }
-    if (!found && unsupportedHeld)
+    if (!found && HoldsUnsupportedKey(state))
         m_editor->SetMessage(MainWindowText(u"Label_Error"_s, u"This key is not supported !"_s), true);
 }
 
@@ -548,117 +381,41 @@ void MainWindow::Open()
 {
     if (!CheckSaved())
         return;
-    const QString filter = DialogText(u"Filter_kcf_hid"_s, u"Remote Profile, Keymap (*.hid,*.kcf)"_s)
-                           + "|*.hid;*.kcf|"_L1 + DialogText(u"Filter_tar"_s, u"Tar Archive (*.tar)"_s)
-                           + "|*.tar"_L1;
-    const QString path = m_dialogs.OpenFileName(this, DialogText(u"Caption_OpenHid"_s, QString()),
-                                                m_settings.HidPath, filter);
-    if (path.isEmpty())
-        return;
-    OpenFile(path);
+    if (const QString path = m_fileNames.FileToOpen(); !path.isEmpty())
+        OpenFile(path);
 }
 
 void MainWindow::OpenFile(const QString &path)
 {
-    const QFileInfo info(path);
-    const QString extension = info.suffix().toLower();
-    if (extension == "hid"_L1 || extension == "tar"_L1) {
-        m_settings.HidPath = info.absolutePath();
-        m_document->OpenProfile(AbsoluteFilePath(path));
-    } else if (extension == "kcf"_L1) {
-        // Keymaps opened here move the profile folder, as they always did.
-        m_settings.HidPath = info.absolutePath();
-        if (!m_document->ReadKeymap(AbsoluteFilePath(path), false))
-            return;
-        m_document->RemovePicture();
-        m_document->SetCurrentFile(AbsoluteFilePath(path));
-        RefreshKeyDisplay(-1);
-        UpdateCaption();
-    }
+    if (m_document->Open(path))
+        m_fileNames.Opened(path);
 }
 
 bool MainWindow::Save()
 {
-    const QString file = m_document->CurrentFile();
-    if (file.isEmpty())
+    if (m_document->CurrentFile().isEmpty())
         return SaveAs();
-    const QString extension = QFileInfo(file).suffix().toLower();
-    bool saved = false;
-    if (extension == "kcf"_L1) {
-        FileError cause;
-        saved = WriteKeymapText(m_document->CurrentKeymap(), file, &cause);
-        if (!saved)
-            ShowWriteFailed(cause);
-    } else {
-        QString path = file;
-        saved = m_document->SaveProfile(path, false);
-    }
-    if (saved)
-        m_document->SetSaved(true);
-    return saved;
+    return m_document->Save();
 }
 
 bool MainWindow::SaveAs()
 {
-    const QString proposed = m_document->NameWithExtension();
-    if (!m_document->IsKeymapDocument()) {
-        const QString filter = DialogText(u"Filter_hid"_s, u"Remote Profiles (*.hid)"_s) + "|*.hid"_L1;
-        const EditorDialogs::ChosenFile chosen = m_dialogs.SaveFileName(
-            this, DialogText(u"Caption_Savehid"_s, u"Save Profile as..."_s),
-            QDir(m_settings.HidPath).filePath(proposed), filter);
-        QString path = SaveDialogPath(chosen, filter);
-        if (path.isEmpty())
-            return false;
-        m_settings.HidPath = QFileInfo(path).absolutePath();
-        if (!m_document->SaveProfile(path, false))
-            return false;
-        m_document->SetSaved(true);
-        return true;
-    }
-    const QString filter = DialogText(u"Filter_kcf"_s, u"Keymap Configuration Files (*.kcf)"_s) + "|*.kcf"_L1;
-    const EditorDialogs::ChosenFile chosen =
-        m_dialogs.SaveFileName(this, DialogText(u"Caption_SaveKcf"_s, u"Save Keymap as..."_s),
-                               QDir(m_settings.KcfPath).filePath(proposed), filter);
-    const QString path = SaveDialogPath(chosen, filter);
-    if (path.isEmpty())
-        return false;
-    m_settings.KcfPath = QFileInfo(path).absolutePath();
-    if (FileError cause; !WriteKeymapText(m_document->CurrentKeymap(), path, &cause)) {
-        ShowWriteFailed(cause);
-        return false;
-    }
-    m_document->SetCurrentFile(path);
-    m_document->SetSaved(true);
-    return true;
+    const QString name = m_document->NameWithExtension();
+    const QString path
+        = m_document->IsKeymapDocument() ? m_fileNames.KeymapToSave(name) : m_fileNames.ProfileToSave(name);
+    return !path.isEmpty() && m_document->SaveAs(path);
 }
 
 void MainWindow::ImportPicture()
 {
-    const QString filter = DialogText(u"Filter_Pics"_s, u"Picture Files (*.bmp,*.jpg,*.jpeg,*.gif)"_s)
-                           + "|*.bmp;*.jpg;*.jpeg;*.gif;*.png"_L1;
-    const QString path = m_dialogs.OpenFileName(this, DialogText(u"Caption_LoadPicture"_s, u"Load Picture"_s),
-                                                m_settings.PicPath, filter);
-    if (path.isEmpty())
-        return;
-    m_settings.PicPath = QFileInfo(path).absolutePath();
-    if (!m_document->AdoptPicture(path))
-        return;
-    m_document->SetSaved(false);
-    if (m_document->IsKeymapDocument())
-        m_document->SetCurrentFile(QString());
-    UpdateCaption();
+    if (const QString path = m_fileNames.PictureToImport(); !path.isEmpty())
+        m_document->ImportPicture(path);
 }
 
 void MainWindow::ImportKeymap()
 {
-    const QString filter = DialogText(u"Filter_kcf"_s, u"Keymap Configuration Files (*.kcf)"_s) + "|*.kcf"_L1;
-    const QString path = m_dialogs.OpenFileName(this, DialogText(u"Caption_LoadKeymap"_s, u"Load Keymap"_s),
-                                                m_settings.KcfPath, filter);
-    if (path.isEmpty())
-        return;
-    m_settings.KcfPath = QFileInfo(path).absolutePath();
-    if (m_document->ReadKeymap(path, false))
-        m_document->SetSaved(false);
+    if (const QString path = m_fileNames.KeymapToImport(); !path.isEmpty())
+        m_document->ImportKeymap(path);
 }
 
 void MainWindow::ExportPicture()
@@ -666,34 +423,15 @@ void MainWindow::ExportPicture()
     const ProfilePicture &picture = m_document->Picture();
     if (picture.PictureTempPath.isEmpty())
         return;
-    const QString extension = LowerExtension(picture.PictureName);
-    const QString name = (m_document->CurrentFile().isEmpty() ? DialogText(u"File_Unnamed"_s, u"Unnamed"_s)
-                                                              : ProfileBaseName(m_document->CurrentFile()))
-                         + u'.' + extension;
-    const QString filter = DialogText(u"Filter_File"_s, u"File"_s) + " (*."_L1 + extension + ")|*."_L1 + extension;
-    const EditorDialogs::ChosenFile chosen =
-        m_dialogs.SaveFileName(this, DialogText(u"Caption_SavePicture"_s, u"Save Picture as..."_s),
-                               QDir(m_settings.PicPath).filePath(name), filter);
-    const QString path = SaveDialogPath(chosen, filter);
-    if (path.isEmpty())
-        return;
-    m_settings.PicPath = QFileInfo(path).absolutePath();
-    if (FileError cause; !CopyWholeFile(picture.PictureTempPath, path, &cause))
-        ShowWriteFailed(cause);
+    const QString path = m_fileNames.PictureToExport(m_document->DisplayName(), LowerExtension(picture.PictureName));
+    if (!path.isEmpty())
+        (void)m_document->ExportPicture(path);
 }
 
 void MainWindow::ExportKeymap()
 {
-    const QString filter = DialogText(u"Filter_kcf"_s, u"Keymap Configuration Files (*.kcf)"_s) + "|*.kcf"_L1;
-    const EditorDialogs::ChosenFile chosen =
-        m_dialogs.SaveFileName(this, DialogText(u"Caption_SaveKcf"_s, u"Save Keymap as..."_s),
-                               QDir(m_settings.KcfPath).filePath(m_document->DisplayName() + ".kcf"_L1), filter);
-    const QString path = SaveDialogPath(chosen, filter);
-    if (path.isEmpty())
-        return;
-    m_settings.KcfPath = QFileInfo(path).absolutePath();
-    if (FileError cause; !WriteKeymapText(m_document->CurrentKeymap(), path, &cause))
-        ShowWriteFailed(cause);
+    if (const QString path = m_fileNames.KeymapToSave(m_document->DisplayName() + ".kcf"_L1); !path.isEmpty())
+        (void)m_document->ExportKeymap(path);
 }
 
 void MainWindow::ViewKeymap()
@@ -719,25 +457,9 @@ void MainWindow::OpenReadme()
         QDesktopServices::openUrl(QUrl::fromLocalFile(path));
 }
 
-void MainWindow::DropFile(const QString &path)
-{
-    const QString extension = QFileInfo(path).suffix().toLower();
-    if (extension == "hid"_L1 || extension == "tar"_L1) {
-        m_document->OpenProfile(AbsoluteFilePath(path));
-    } else if (extension == "kcf"_L1) {
-        m_document->ReadKeymap(path, false);
-    } else if (IsProfilePictureName(path)) {
-        // Unlike Import, a dropped picture leaves the saved flag alone.
-        if (m_document->AdoptPicture(path) && m_document->IsKeymapDocument()) {
-            m_document->SetCurrentFile(QString());
-            UpdateCaption();
-        }
-    }
-}
-
 void MainWindow::dragEnterEvent(QDragEnterEvent *event)
 {
-    if (event->mimeData()->hasUrls() && !IsCountingDown())
+    if (event->mimeData()->hasUrls() && !m_countdown.IsCounting())
         event->acceptProposedAction();
 }
 
@@ -747,7 +469,7 @@ void MainWindow::dropEvent(QDropEvent *event)
     if (urls.isEmpty() || !urls.first().isLocalFile())
         return;
     event->acceptProposedAction();
-    DropFile(urls.first().toLocalFile());
+    m_document->Drop(urls.first().toLocalFile());
 }
 
 void MainWindow::OpenSettings()
@@ -759,8 +481,7 @@ void MainWindow::OpenSettings()
 void MainWindow::TakeStoredSettings()
 {
     const Settings stored = m_store.Read();
-    m_settings.COMPort = stored.COMPort;
-    m_settings.PortName = stored.PortName;
+    m_settings.Port = stored.Port;
     m_settings.Speed = stored.Speed;
     if (stored.Language != m_settings.Language) {
         // A new language shows at once.
@@ -773,10 +494,11 @@ void MainWindow::TakeStoredSettings()
 void MainWindow::SendProfile()
 {
     UploadRequest request;
-    request.Port = PortSettings{m_settings.COMPort, m_settings.PortName, m_settings.Speed};
+    request.Port = m_settings.Port;
+    request.Speed = m_settings.Speed;
     request.RemoteName = RemoteProfileName(m_document->CurrentFile());
     // Called by the upload window on this thread, before its worker starts.
-    request.WriteProfileCopy = [this] {
+    const auto writeProfileCopy = [this] {
         FileError error;
         QString path = MakeTempFile(error);
         if (path.isEmpty()) {
@@ -789,8 +511,13 @@ void MainWindow::SendProfile()
         }
         return path;
     };
-    UploadWindow window(std::move(request), m_dialogs, this);
+    UploadWindow window(std::move(request), writeProfileCopy, m_dialogs, this);
     window.exec();
+    // A termination signal ended the upload as Abort does; now the program ends.
+    if (window.EndedBySignal() != 0) {
+        m_endingSignal = window.EndedBySignal();
+        QCoreApplication::exit();
+    }
 }
 
 void MainWindow::WriteBackSettings()
@@ -803,7 +530,7 @@ void MainWindow::WriteBackSettings()
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
-    if (m_countdown.isActive() || !CheckSaved()) {
+    if (m_countdown.IsCounting() || !CheckSaved()) {
         event->ignore();
         return;
     }

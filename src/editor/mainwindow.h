@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "filenamedialogs.h"
+#include "snapshotcountdown.h"
 #include "keymap/keyactiontext.h"
 #include "settings/settingsstore.h"
 #include "support/nativefile.h"
 
 #include <QMainWindow>
-#include <QTimer>
 
 #include <future>
 #include <memory>
@@ -62,6 +63,7 @@ public:
 
     // File commands.
     void Open();
+    // Opens a profile or a keymap as Open does, without asking.
     void OpenFile(const QString &path);
     bool Save();
     bool SaveAs();
@@ -74,14 +76,14 @@ public:
     void About();
     void OpenReadme();
     void OpenSettings();
-    // Sends the profile to the phone in the modal upload window.
+    // Sends the profile to the phone in the modal upload window. When a
+    // termination signal ended the upload, the application's event loop ends
+    // and EndingSignal() names the signal.
     void SendProfile();
-    // A dropped file, by its extension: profile, keymap or picture.
-    void DropFile(const QString &path);
+    int EndingSignal() const { return m_endingSignal; }
 
     // Keyboard capture: the countdown on the Snapshot button, then the chord.
     void StartSnapshot();
-    bool IsCountingDown() const { return m_countdown.isActive(); }
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -94,28 +96,21 @@ private:
     void BuildMenus();
     void ShowMessage(const DocumentMessage &message);
     void ShowWriteFailed(const FileError &cause);
-    void OpenDefaultProfile();
-    void CountdownTick();
     void CaptureKeyboard(int index);
     QString KeyDisplayText(int index) const;
-    void CheckSupportedKey();
-    void SetKeyButtonsEnabled(bool enabled);
     void FocusWindowChanged(QWindow *window);
     void WriteBackSettings();
     // The port, speed and language the settings window stored.
     void TakeStoredSettings();
 
-    // Edits from the action editor.
-    void ModifierBoxClicked();
-    void DeviceChosen(int index);
-    void SpecialKeyChanged(const QString &text);
-    void MouseOptionClicked(int index);
-    void CommentEdited(const QString &text);
+    // Stores an edit from the action editor in the selected key.
+    void ActionEdited(const KeyAction &action);
 
     EditorDialogs &m_dialogs;
     SettingsStore &m_store;
     std::future<void> m_fontsSetUp; // the font database, set up on a pool thread
     Settings m_settings;
+    FileNameDialogs m_fileNames;
     Document *m_document = nullptr;
     PhoneKeypad *m_keypad = nullptr;
     ActionEditor *m_editor = nullptr;
@@ -146,12 +141,11 @@ private:
     KeymapView *m_keymapView = nullptr;
     KeyActionTexts m_texts;
     int m_activeButton = 0;
-    bool m_filling = false;
-    QTimer m_countdown;
-    int m_ticks = 0;
+    SnapshotCountdown m_countdown;
     bool m_closing = false;
     // Whether the main window's next activation puts the focus on key "1": at
     // first, and when one of the program's own windows was active last.
     bool m_activationFocusesFirstKey = true;
     QMetaObject::Connection m_focusWindowWatch;
+    int m_endingSignal = 0;
 };

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "editor/phoneart.h"
 
-#include "keymap/keymap.h"
+#include "editor/artshapes.h"
 
-#include <QIconEngine>
 #include <QPainter>
 #include <QPalette>
-#include <QPixmap>
 #include <QRadialGradient>
 
 #include <algorithm>
@@ -58,31 +56,6 @@ QLinearGradient Metal(QPointF from, QPointF to, qreal brightness = 1.0)
     return gradient;
 }
 
-QPainterPath Triangle(QPointF a, QPointF b, QPointF c)
-{
-    QPainterPath path(a);
-    path.lineTo(b);
-    path.lineTo(c);
-    path.closeSubpath();
-    return path;
-}
-
-// A square of the rect's shorter side, centred in it.
-QRectF Square(const QRectF &rect)
-{
-    const qreal side = std::min(rect.width(), rect.height());
-    return QRectF(rect.center().x() - side / 2, rect.center().y() - side / 2, side, side);
-}
-
-void FillSmooth(QPainter &painter, const QPainterPath &path, const QColor &colour, qreal roundness)
-{
-    // A thin pen of the same colour rounds the corners of triangles.
-    QPen pen(colour, roundness, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
-    painter.setPen(roundness > 0 ? pen : QPen(Qt::NoPen));
-    painter.setBrush(colour);
-    painter.drawPath(path);
-}
-
 QPainterPath CameraGlyph(const QRectF &square)
 {
     const qreal s = square.width();
@@ -100,44 +73,6 @@ QPainterPath CameraGlyph(const QRectF &square)
     pupil.addEllipse(lens, 0.11 * s, 0.11 * s);
     return shape.subtracted(ring).united(pupil);
 }
-
-class MovementArrowEngine : public QIconEngine {
-public:
-    MovementArrowEngine(int mouseAction, const QPalette &palette)
-        : m_action(mouseAction), m_normal(palette.color(QPalette::Active, QPalette::WindowText)),
-          m_disabled(palette.color(QPalette::Disabled, QPalette::WindowText)),
-          m_selected(palette.color(QPalette::Active, QPalette::HighlightedText))
-    {
-    }
-
-    void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State) override
-    {
-        const QColor colour = mode == QIcon::Disabled ? m_disabled
-            : mode == QIcon::Selected                 ? m_selected
-                                                      : m_normal;
-        painter->save();
-        painter->setRenderHint(QPainter::Antialiasing);
-        PaintMovementArrow(*painter, rect, m_action, colour);
-        painter->restore();
-    }
-
-    QPixmap pixmap(const QSize &size, QIcon::Mode mode, QIcon::State state) override
-    {
-        QPixmap pixmap(size);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        paint(&painter, QRect(QPoint(0, 0), size), mode, state);
-        return pixmap;
-    }
-
-    QIconEngine *clone() const override { return new MovementArrowEngine(*this); }
-
-private:
-    int m_action;
-    QColor m_normal;
-    QColor m_disabled;
-    QColor m_selected;
-};
 
 } // namespace
 
@@ -193,31 +128,6 @@ void PaintKeySymbol(QPainter &painter, const QRectF &rect, KeySymbol symbol, con
         break;
     }
     painter.restore();
-}
-
-void PaintMovementArrow(QPainter &painter, const QRectF &rect, int mouseAction, const QColor &colour)
-{
-    if (mouseAction < MouseActions::MoveLeft || mouseAction > MouseActions::MoveDownLeft)
-        return;
-    const qreal s = Square(rect).width();
-    // Movements run clockwise from left in steps of 45 degrees.
-    const qreal degrees = 180.0 + 45.0 * (mouseAction - MouseActions::MoveLeft);
-    painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.translate(rect.center());
-    painter.rotate(degrees);
-    // Pointing right, within a circle of radius 0.45 s so that diagonals fit too.
-    const qreal shaft = 0.075 * s;
-    QPainterPath arrow;
-    arrow.addRect(QRectF(-0.4 * s, -shaft, 0.46 * s, 2 * shaft));
-    arrow = arrow.united(Triangle(QPointF(0.42 * s, 0), QPointF(0.0, -0.27 * s), QPointF(0.0, 0.27 * s)));
-    FillSmooth(painter, arrow, colour, 0.04 * s);
-    painter.restore();
-}
-
-QIcon MovementArrowIcon(int mouseAction, const QPalette &palette)
-{
-    return QIcon(new MovementArrowEngine(mouseAction, palette));
 }
 
 QColor KeyAccent(const QPalette &palette)

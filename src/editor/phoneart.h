@@ -2,7 +2,6 @@
 #pragma once
 
 #include <QColor>
-#include <QIcon>
 #include <QLinearGradient>
 #include <QList>
 #include <QPainterPath>
@@ -11,22 +10,15 @@
 class QPainter;
 class QPalette;
 
-// The vector art of the phone picture: key symbols, movement arrows, the phone
-// body and its key caps. Everything is drawn with QPainter in floating point,
-// so it is sharp at any size and device pixel ratio.
+// The vector art of the phone picture: key symbols, the phone body and its key
+// caps. Everything is drawn with QPainter in floating point, so it is sharp at
+// any size and device pixel ratio.
 
 // The symbols of the keys that show no words.
 enum class KeySymbol { None, JoystickPress, ArrowLeft, ArrowUp, ArrowRight, ArrowDown, Plus, Minus, Camera };
 
 // Draws the symbol centred in rect, as large as the rect's shorter side allows.
 void PaintKeySymbol(QPainter &painter, const QRectF &rect, KeySymbol symbol, const QColor &colour);
-// An arrow for a mouse movement 2..9 (2 left, 3 up-left, 4 up, 5 up-right, 6 right,
-// 7 down-right, 8 down, 9 down-left), drawn in rect. Other values draw nothing.
-void PaintMovementArrow(QPainter &painter, const QRectF &rect, int mouseAction, const QColor &colour);
-// The same as an icon (crisp at any device pixel ratio), for QLabel/QToolButton use,
-// in the palette's window text colour (its disabled and highlighted variants for
-// the disabled and selected modes).
-QIcon MovementArrowIcon(int mouseAction, const QPalette &palette);
 
 // The parts of the phone, all in widget coordinates; unit is the length of one
 // design unit (the body is 100 units wide), used for line widths and radii.

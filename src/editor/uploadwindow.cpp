@@ -2,15 +2,15 @@
 #include "uploadwindow.h"
 
 #include "editordialogs.h"
+#include "phone/uploadsignalguard.h"
 #include "profile/document.h"
+#include "profile/tempfiles.h"
 #include "settings/languagetext.h"
 
-#include <QFile>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QThread>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -29,11 +29,13 @@ QString WindowText(const QString &key, const QString &english)
 
 } // namespace
 
-UploadWindow::UploadWindow(UploadRequest request, EditorDialogs &dialogs, QWidget *parent)
+UploadWindow::UploadWindow(UploadRequest request, std::function<QString()> writeProfileCopy,
+                           EditorDialogs &dialogs, QWidget *parent, UploadJobMaker makeJob)
     : QDialog(parent)
     , m_dialogs(dialogs)
-    , m_port(request.Port)
-    , m_writeProfileCopy(std::move(request.WriteProfileCopy))
+    , m_request(std::move(request))
+    , m_writeProfileCopy(std::move(writeProfileCopy))
+    , m_makeJob(std::move(makeJob))
 {
     setModal(true);
     setWindowTitle(WindowText(u"Caption"_s, u"Fileupload"_s));
@@ -62,28 +64,9 @@ UploadWindow::UploadWindow(UploadRequest request, EditorDialogs &dialogs, QWidge
 
     connect(m_abortButton, &QPushButton::clicked, this, &UploadWindow::AbortTransfer);
     connect(m_okButton, &QPushButton::clicked, this, &QDialog::accept);
-
-    // The worker only ever sees the finished copy: the document belongs to
-    // this thread and is written here before the worker starts.
-    request.WriteProfileCopy = [this] { return m_copyPath; };
-    m_upload = std::make_unique<ProfileUpload>(std::move(request));
-    // The job lives on this thread and reports from the worker: queued.
-    connect(m_upload.get(), &ProfileUpload::StatusChanged, m_status, &QLabel::setText, Qt::QueuedConnection);
-    connect(m_upload.get(), &ProfileUpload::ProgressChanged, this, &UploadWindow::ShowProgress,
-            Qt::QueuedConnection);
-
-    m_worker.reset(QThread::create([this] { m_result = m_upload->Run(); }));
-    m_worker->setObjectName(u"upload"_s);
-    connect(m_worker.get(), &QThread::finished, this, &UploadWindow::TransferEnded, Qt::QueuedConnection);
 }
 
-UploadWindow::~UploadWindow()
-{
-    if (m_worker->isRunning()) {
-        m_upload->Abort();
-        m_worker->wait();
-    }
-}
+UploadWindow::~UploadWindow() = default;
 
 void UploadWindow::showEvent(QShowEvent *event)
 {
@@ -101,16 +84,29 @@ void UploadWindow::StartTransfer()
 {
     // Writing the copy may raise messages of the document's own (such as a
     // missing picture); an empty path then ends the upload as a failed copy.
-    if (IsPortConfigured(m_port) && !m_upload->IsAborted() && m_writeProfileCopy)
-        m_copyPath = m_writeProfileCopy();
-    m_worker->start();
+    // The job only ever sees the finished copy: the document belongs to this
+    // thread.
+    if (m_request.HasConnection() && !m_abortRequested && m_writeProfileCopy)
+        m_request.ProfilePath = m_writeProfileCopy();
+    m_request.OwnsProfile = true;
+    m_job = m_makeJob(m_request);
+    if (m_abortRequested)
+        m_job->Abort();
+    connect(m_job.get(), &UploadJob::StatusChanged, m_status, &QLabel::setText);
+    connect(m_job.get(), &UploadJob::ProgressChanged, this, &UploadWindow::ShowProgress);
+    connect(m_job.get(), &UploadJob::Finished, this, &UploadWindow::TransferEnded);
+    m_signals = std::make_unique<UploadSignalGuard>(*m_job, DeleteTempFilesFromSignalHandler);
+    connect(m_signals.get(), &UploadSignalGuard::Arrived, this, &UploadWindow::AbortTransfer);
+    m_job->Start();
 }
 
 void UploadWindow::AbortTransfer()
 {
     if (!m_running)
         return;
-    m_upload->Abort();
+    m_abortRequested = true;
+    if (m_job)
+        m_job->Abort();
     m_abortButton->setEnabled(false);
 }
 
@@ -125,26 +121,27 @@ void UploadWindow::done(int result)
 
 void UploadWindow::ShowProgress(qint64 bytesSent, qint64 total, qint32 /*rate*/, const QString &text)
 {
-    const int percent = ProfileUpload::Percent(bytesSent, total);
-    setWindowTitle(ProfileUpload::ProgressCaption(percent));
+    const int percent = UploadJob::Percent(bytesSent, total);
+    setWindowTitle(UploadJob::ProgressCaption(percent));
     m_progress->setValue(percent);
     m_status->setText(text);
 }
 
-void UploadWindow::TransferEnded()
+void UploadWindow::TransferEnded(UploadResult result)
 {
-    m_worker->wait();
+    m_result = result;
     m_running = false;
-    // The job deletes the copy; this only guards against a copy it never saw.
-    if (!m_copyPath.isEmpty() && QFile::exists(m_copyPath))
-        QFile::remove(m_copyPath);
+    m_endedBySignal = m_signals->Received();
+    m_signals.reset();
 
-    switch (m_result) {
+    // After a signal the program is ending: no message, no waiting for OK,
+    // even when the last piece was through before the signal came.
+    switch (m_endedBySignal != 0 ? UploadResult::Aborted : m_result) {
     case UploadResult::Aborted:
         QDialog::done(QDialog::Rejected);
         return;
     case UploadResult::Failed:
-        m_dialogs.ShowMessage(this, DocumentMessage{m_upload->ErrorText(),
+        m_dialogs.ShowMessage(this, DocumentMessage{m_job->ErrorText(),
                                                     LanguageText(u"Errors"_s, u"Caption"_s, u"Error"_s),
                                                     DocumentMessage::Icon::Critical});
         QDialog::done(QDialog::Rejected);

@@ -34,6 +34,21 @@ KeyActionTexts KeyActionTexts::Load()
     return texts;
 }
 
+QString PhoneKeyDisplayName(int key)
+{
+    if (key < 0 || key >= PhoneKeys::Count)
+        return {};
+    const PhoneKeyName &name = PhoneKeyNames[static_cast<std::size_t>(key)];
+    QString text = name.English.toString();
+    if (!name.LanguageKey.isEmpty())
+        text = MainWindowText(name.LanguageKey.toString(), text);
+    // In a caption "&" marks the access key; a symbol's name has none and is
+    // shown as the language file writes it.
+    if (!name.ShowsSymbol)
+        text.remove(u'&');
+    return text;
+}
+
 QString KeyDisplayName(int keyCode)
 {
     QString name;

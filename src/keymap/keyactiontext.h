@@ -25,6 +25,11 @@ QString KeyDisplayName(int keyCode);
 // The code whose display name is the text (any case), 0 when none.
 int KeyCodeOfName(const QString &name);
 
+// The name of a phone key in the active language, as the key frame shows it:
+// the caption of a key that shows words, without its access-key mark ("Left",
+// "7"), or the name of one that shows a symbol ("Joystick up"); "" outside 0..21.
+QString PhoneKeyDisplayName(int key);
+
 // The tool tip of a key button: one space, the action, one space. A keyboard
 // action reads "CTRL + SHIFT + A" (modifiers in the order Ctrl, Shift, Alt,
 // Windows, either side, then the key's name); a mouse action its mouse text;

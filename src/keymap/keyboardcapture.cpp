@@ -15,6 +15,15 @@ bool IsHeld(const KeyboardState &state, int code)
     return state[static_cast<std::size_t>(code)] > 1;
 }
 
+bool IsModifierKey(int virtualKey)
+{
+    using namespace ModifierKeys;
+    for (const int modifier : {LeftShift, RightShift, LeftCtrl, RightCtrl, LeftAlt, RightAlt, LeftWin, RightWin})
+        if (virtualKey == modifier)
+            return true;
+    return virtualKey >= 16 && virtualKey <= 18; // the generic Shift, Ctrl and Alt
+}
+
 } // namespace
 
 bool CaptureKeyboard(KeyAction &action, const KeyboardState &state)
@@ -35,6 +44,15 @@ bool CaptureKeyboard(KeyAction &action, const KeyboardState &state)
             action.KeyCode = static_cast<std::int16_t>(code);
             return true;
         }
+    }
+    return false;
+}
+
+bool HoldsUnsupportedKey(const KeyboardState &state)
+{
+    for (int code = FirstMainKey; code < int(state.size()); ++code) {
+        if (IsHeld(state, code) && !IsModifierKey(code) && KeyToUsage(code) == "00"_L1)
+            return true;
     }
     return false;
 }

@@ -29,3 +29,6 @@ inline constexpr int RightWin = 92;
 // supports. When no supported key is held KeyCode keeps its value; IsMouse and
 // Comment stay as they are. Returns whether a main key was found.
 bool CaptureKeyboard(KeyAction &action, const KeyboardState &state);
+// Whether a held key (3..255) that is no modifier has no entry in the key
+// table: the capture passes it over, and the user is to be told.
+bool HoldsUnsupportedKey(const KeyboardState &state);

@@ -7,13 +7,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr std::array<QStringView, PhoneKeys::Count> FileNames = {
-    u"KEY_LSK",  u"KEY_RSK",      u"KEY_JOY", u"KEY_LEFT", u"KEY_UP", u"KEY_RIGHT",
-    u"KEY_DOWN", u"KEY_VOL_UP",   u"KEY_VOL_DOWN", u"KEY_CAM", u"KEY_1", u"KEY_2",
-    u"KEY_3",    u"KEY_4",        u"KEY_5",   u"KEY_6",    u"KEY_7",  u"KEY_8",
-    u"KEY_9",    u"KEY_STAR",     u"KEY_0",   u"KEY_HASH",
-};
-
 constexpr std::array<int, PhoneKeys::WithPhoneDefault> PhoneDefaults = {
     MouseActions::ButtonLeft, MouseActions::ButtonRight, MouseActions::ButtonLeft,
     MouseActions::MoveLeft,   MouseActions::MoveUp,      MouseActions::MoveRight,
@@ -50,14 +43,14 @@ QString KeyFileName(int key)
 {
     if (key < 0 || key >= PhoneKeys::Count)
         return {};
-    return FileNames[static_cast<std::size_t>(key)].toString();
+    return PhoneKeyNames[static_cast<std::size_t>(key)].FileName.toString();
 }
 
 PhoneKey KeyIndex(QStringView name)
 {
-    for (PhoneKey key = 0; key < PhoneKeys::Count; ++key) {
-        if (FileNames[static_cast<std::size_t>(key)].compare(name, Qt::CaseInsensitive) == 0)
-            return key;
+    for (const PhoneKeyName &key : PhoneKeyNames) {
+        if (key.FileName.compare(name, Qt::CaseInsensitive) == 0)
+            return key.Key;
     }
     return -1;
 }

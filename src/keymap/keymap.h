@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringView>
 
 #include <array>
 #include <cstdint>
@@ -33,6 +34,53 @@ constexpr PhoneKey Digit(int digit)
 // The keys the phone gives a mouse action of its own when the file is silent.
 inline constexpr int WithPhoneDefault = 7;
 } // namespace PhoneKeys
+
+// The names of one phone key. A key button that shows words carries the name as
+// its caption, "&" marking its access key; one that shows a symbol uses the name
+// where words are needed (the editor's frame, screen readers).
+struct PhoneKeyName
+{
+    PhoneKey Key;
+    QStringView FileName;    // the element name in the keymap file
+    QStringView LanguageKey; // of the localised name, section "MainWindow"; "" when fixed
+    QStringView English;     // the built-in name
+    bool ShowsSymbol;        // the button shows a symbol instead of the name
+};
+
+// Every phone key, in PhoneKey order.
+inline constexpr std::array<PhoneKeyName, PhoneKeys::Count> PhoneKeyNames = {{
+    {PhoneKeys::Lsk, u"KEY_LSK", u"Button_Left", u"&Left", false},
+    {PhoneKeys::Rsk, u"KEY_RSK", u"Button_Right", u"&Right", false},
+    {PhoneKeys::Joy, u"KEY_JOY", u"Frame_JoystickPress", u"Joystick press", true},
+    {PhoneKeys::Left, u"KEY_LEFT", u"Frame_JoystickLeft", u"Joystick left", true},
+    {PhoneKeys::Up, u"KEY_UP", u"Frame_JoystickUp", u"Joystick up", true},
+    {PhoneKeys::Right, u"KEY_RIGHT", u"Frame_JoystickRight", u"Joystick right", true},
+    {PhoneKeys::Down, u"KEY_DOWN", u"Frame_JoystickDown", u"Joystick down", true},
+    {PhoneKeys::VolUp, u"KEY_VOL_UP", u"Frame_Plus", u"Plus", true},
+    {PhoneKeys::VolDown, u"KEY_VOL_DOWN", u"Frame_Minus", u"Minus", true},
+    {PhoneKeys::Cam, u"KEY_CAM", u"Frame_Camera", u"Camera", true},
+    {PhoneKeys::Digit(1), u"KEY_1", {}, u"1", false},
+    {PhoneKeys::Digit(2), u"KEY_2", {}, u"2", false},
+    {PhoneKeys::Digit(3), u"KEY_3", {}, u"3", false},
+    {PhoneKeys::Digit(4), u"KEY_4", {}, u"4", false},
+    {PhoneKeys::Digit(5), u"KEY_5", {}, u"5", false},
+    {PhoneKeys::Digit(6), u"KEY_6", {}, u"6", false},
+    {PhoneKeys::Digit(7), u"KEY_7", {}, u"7", false},
+    {PhoneKeys::Digit(8), u"KEY_8", {}, u"8", false},
+    {PhoneKeys::Digit(9), u"KEY_9", {}, u"9", false},
+    {PhoneKeys::Star, u"KEY_STAR", {}, u"*", false},
+    {PhoneKeys::Digit(0), u"KEY_0", {}, u"0", false},
+    {PhoneKeys::Hash, u"KEY_HASH", {}, u"#", false},
+}};
+static_assert(
+    [] {
+        for (std::size_t i = 0; i < PhoneKeyNames.size(); ++i) {
+            if (PhoneKeyNames[i].Key != static_cast<PhoneKey>(i))
+                return false;
+        }
+        return true;
+    }(),
+    "PhoneKeyNames must hold the keys in PhoneKey order");
 
 // Mouse actions: two buttons, then eight movements clockwise from left.
 namespace MouseActions {

@@ -10,6 +10,7 @@ namespace {
 constexpr qsizetype ConnectBlockBytes = 4; // version, flags, 2-byte packet size
 constexpr qsizetype FourByteHeaderBytes = 5; // id and a 4-byte value
 constexpr qsizetype NameValueSkip = 1; // the leading 0x00 of a name's value
+constexpr qsizetype NameFixedBytes = 5; // id, length, the leading 0x00 and the last byte
 
 quint16 HeaderLength(QByteArrayView header)
 {
@@ -176,18 +177,17 @@ void cPacket::Decode(QByteArrayView packet)
         if (rest.size() < ObexPrefixBytes)
             return;
         const qsizetype length = HeaderLength(rest);
-        if (length < ObexPrefixBytes || length > rest.size())
+        // A Name's value holds at least its leading 0x00 and one terminator byte.
+        const qsizetype fixedPart = id == ObexHeaderId::Name ? NameFixedBytes : ObexPrefixBytes;
+        if (length < fixedPart || length > rest.size())
             return;
         const QByteArrayView value = rest.sliced(ObexPrefixBytes, length - ObexPrefixBytes);
         switch (id) {
         case ObexHeaderId::Name: {
             m_nameHeader = true;
             // The inverse of NameHeader: the value without its first and last
-            // byte, in pairs low byte first. A value shorter than that (length 3
-            // or 4) is the empty name.
-            const QByteArrayView characters = value.size() > 2 * NameValueSkip
-                                                  ? value.sliced(NameValueSkip, value.size() - 2 * NameValueSkip)
-                                                  : QByteArrayView();
+            // byte, in pairs low byte first.
+            const QByteArrayView characters = value.sliced(NameValueSkip, value.size() - 2 * NameValueSkip);
             QString name;
             name.reserve(characters.size() / 2);
             for (qsizetype i = 0; i + 1 < characters.size(); i += 2)

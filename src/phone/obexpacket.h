@@ -69,7 +69,8 @@ QByteArray DisconnectRequest(quint32 connectionId);
 
 // One decoded answer of the phone. Every property is reset by Decode; a packet
 // that ends inside a header, or whose header length is below the header's own
-// fixed part, is decoded up to that header and no further.
+// fixed part (3 bytes, 5 for a Name), is decoded up to that header and no
+// further.
 class cPacket
 {
 public:

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 
 using namespace Qt::StringLiterals;
 
@@ -26,6 +27,11 @@ qsizetype FirstPieceLimit(const QString &name)
 cOBEXObject::cOBEXObject(SerialLink &link, QObject *parent)
     : QObject(parent)
     , m_link(link)
+    , m_clock([] {
+        return qint64(std::chrono::duration_cast<std::chrono::milliseconds>(
+                          std::chrono::steady_clock::now().time_since_epoch())
+                          .count());
+    })
 {
 }
 
@@ -127,19 +133,23 @@ bool cOBEXObject::ObexDelete(const QString &name)
 
 void cOBEXObject::StartTimer()
 {
-    m_startTime.start();
+    m_startTime = m_clock();
 }
 
 qint32 cOBEXObject::Rate(qsizetype bytes) const
 {
-    const qint64 elapsed = std::max<qint64>(1, m_startTime.elapsed());
+    // An answer within the same millisecond counts as one.
+    const qint64 elapsed = std::max<qint64>(1, m_clock() - m_startTime);
     return qint32(qint64(bytes) * 1000 / elapsed);
 }
 
 bool cOBEXObject::ObexPut(const QString &name, QByteArrayView data)
 {
     const QByteArray nameHeader = NameHeader(name);
-    const qsizetype firstLimit = std::max<qsizetype>(0, FirstPieceLimitBase - nameHeader.size());
+    const qsizetype firstLimit = FirstPieceLimitBase - nameHeader.size();
+    // The first packet would exceed 1024 bytes, which the phone refuses.
+    if (firstLimit < 0)
+        return false;
     const qint32 total = qint32(data.size());
     const QByteArray firstHeaders = nameHeader + LengthHeader(data);
 

@@ -3,11 +3,11 @@
 
 #include <QByteArray>
 #include <QByteArrayView>
-#include <QElapsedTimer>
 #include <QObject>
 #include <QString>
 
 #include <atomic>
+#include <functional>
 #include <optional>
 
 class SerialLink;
@@ -46,7 +46,8 @@ public:
     [[nodiscard]] bool ObexDelete(const QString &name);
     // Sends data under the name; DataTransfer follows every acknowledged piece.
     // True when the last packet was answered Success; false at the first other
-    // answer, after an abort, or when the phone stops answering.
+    // answer, after an abort, or when the phone stops answering; false at once,
+    // with nothing sent, for a name too long for the first packet.
     [[nodiscard]] bool ObexPut(const QString &name, QByteArrayView data);
 
     // A Connection Id header with the given identifier, or the session's own.
@@ -57,6 +58,11 @@ public:
     QString CurrentPath() const { return m_currentPath; }
     bool IsConnected() const { return m_connected; }
     int LastResponseCode() const { return m_lastResponseCode; }
+
+    // Milliseconds from any fixed point, for the rate of each piece; a steady
+    // clock unless replaced (tests give a clock of their own).
+    using MillisecondClock = std::function<qint64()>;
+    void SetClock(MillisecondClock clock) { m_clock = std::move(clock); }
 
 signals:
     // Bytes acknowledged so far, the total, and the last piece's rate in bytes
@@ -75,7 +81,8 @@ private:
     QString m_currentPath;
     bool m_connected = false;
     std::atomic<bool> m_abortFlag{false};
-    QElapsedTimer m_startTime;
+    MillisecondClock m_clock;
+    qint64 m_startTime = 0;
     int m_lastResponseCode = 0;
 };
 
@@ -86,5 +93,8 @@ inline constexpr qsizetype PieceLimit = 1018;
 // A download stops gathering beyond this.
 inline constexpr qsizetype MaxGetBytes = 16 * 1024 * 1024;
 // What the first packet carries for this name: an upload of up to this many
-// bytes goes out as one packet.
+// bytes goes out as one packet. Below 0 for a name too long to be sent.
 qsizetype FirstPieceLimit(const QString &name);
+// The longest name the first packet has room for: two bytes a character and
+// five around them must leave the data at least nothing.
+inline constexpr qsizetype MaxRemoteNameLength = (FirstPieceLimitBase - 5) / 2;

@@ -15,7 +15,6 @@ namespace {
 
 const QString WindowSection = u"FileuploadWindow"_s;
 const QString ErrorSection = u"Errors"_s;
-constexpr QLatin1StringView ProfileExtension = ".hid"_L1;
 constexpr int PauseSliceMs = 50;
 
 QString WindowText(const QString &key, const QString &defaultText)
@@ -23,52 +22,42 @@ QString WindowText(const QString &key, const QString &defaultText)
     return LanguageText(WindowSection, key, defaultText);
 }
 
-QString FileNamePart(const QString &path)
+// What "%p" alone stands for: the port number on Windows, the name elsewhere.
+QString PortNumberText(const SerialPort &port)
 {
-    // Paths may come with either separator, whatever the system.
-    const qsizetype slash = std::max(path.lastIndexOf(u'/'), path.lastIndexOf(u'\\'));
-    return path.mid(slash + 1);
+#ifdef Q_OS_WIN
+    return QString::number(port.Number());
+#else
+    return port.Name();
+#endif
+}
+
+UploadError OpenError(PortOpenError error)
+{
+    switch (error) {
+    case PortOpenError::InUse:
+        return UploadError::PortInUse;
+    case PortOpenError::HeldByProgram:
+        return UploadError::PortHeld;
+    case PortOpenError::LeftLocked:
+        return UploadError::PortLeftLocked;
+    default:
+        return UploadError::PortNotOpened;
+    }
 }
 
 } // namespace
 
-QString SerialPortName(const PortSettings &port)
+QString FillPortPlaceholder(const QString &text, const SerialPort &port)
 {
-#ifdef Q_OS_WIN
-    return port.ComPort > 0 ? "COM"_L1 + QString::number(port.ComPort) : QString();
-#else
-    return port.PortName;
-#endif
+    return FillPlaceholders(text, {{"COM%p"_L1, port.Name()}, {"%p"_L1, PortNumberText(port)}});
 }
 
-bool IsPortConfigured(const PortSettings &port)
+QString UploadErrorText(UploadError error, const SerialPort &port, const PortHolder &holder)
 {
-    return !SerialPortName(port).isEmpty() && port.Speed != 0;
-}
-
-QString FillPortPlaceholder(QString text, const PortSettings &port)
-{
-    text.replace("COM%p"_L1, SerialPortName(port));
-#ifdef Q_OS_WIN
-    return text.replace("%p"_L1, QString::number(port.ComPort));
-#else
-    return text.replace("%p"_L1, port.PortName);
-#endif
-}
-
-QString RemoteProfileName(const QString &documentPath)
-{
-    if (documentPath.isEmpty())
-        return LanguageText(u"CommonDialog"_s, u"File_Unnamed"_s, u"Unnamed"_s) + ProfileExtension;
-    QString name = FileNamePart(documentPath);
-    const qsizetype dot = name.lastIndexOf(u'.');
-    if (dot >= 0)
-        name.truncate(dot);
-    return name + ProfileExtension;
-}
-
-QString UploadErrorText(UploadError error, const PortSettings &port)
-{
+    const auto notConnected = [] {
+        return LanguageText(ErrorSection, u"9"_s, u"Couldn't connect to COM%p !"_s) + "\r\n"_L1;
+    };
     switch (error) {
     case UploadError::None:
         return QString();
@@ -76,15 +65,36 @@ QString UploadErrorText(UploadError error, const PortSettings &port)
         return LanguageText(ErrorSection, u"14"_s, u"The COM-Port is not set. Please check the settings !"_s);
     case UploadError::FileNotWritten:
         return LanguageText(ErrorSection, u"8"_s, u"Creating File failed !"_s);
+    case UploadError::NameTooLong:
+        return FillPlaceholders(LanguageText(ErrorSection, u"NameTooLong"_s,
+                                             u"The name for the phone is too long: it may have at most %m "
+                                             "characters."_s),
+                                {{"%m"_L1, QString::number(MaxRemoteNameLength)}});
     case UploadError::PortNotOpened:
         return FillPortPlaceholder(LanguageText(ErrorSection, u"9"_s, u"Couldn't connect to COM%p !"_s), port);
     case UploadError::PortInUse:
-        return FillPortPlaceholder(LanguageText(ErrorSection, u"9"_s, u"Couldn't connect to COM%p !"_s)
-                                       + "\r\n"_L1
+        return FillPortPlaceholder(notConnected()
                                        + LanguageText(ErrorSection, u"PortInUse"_s,
                                                       u"COM%p is in use by another program, or you may not "
                                                       "open it (on Linux the user must be in the group "
                                                       "dialout)."_s),
+                                   port);
+    case UploadError::PortHeld:
+        return FillPlaceholders(notConnected()
+                                    + LanguageText(ErrorSection, u"PortHeld"_s,
+                                                   u"COM%p is open in another program (%a, process %i). "
+                                                   "Let it close the port or end it, then try once more."_s),
+                                {{"COM%p"_L1, port.Name()},
+                                 {"%p"_L1, PortNumberText(port)},
+                                 {"%a"_L1, holder.Program},
+                                 {"%i"_L1, QString::number(holder.ProcessId)}});
+    case UploadError::PortLeftLocked:
+        return FillPortPlaceholder(notConnected()
+                                       + LanguageText(ErrorSection, u"PortLeftLocked"_s,
+                                                      u"COM%p is locked, yet no program of yours has it "
+                                                      "open: one that was ended without closing it left it "
+                                                      "so. Reconnect the phone or cable (Bluetooth: rfcomm "
+                                                      "release, then bind)."_s),
                                    port);
     case UploadError::PhoneSilent:
         return LanguageText(ErrorSection, u"15"_s,
@@ -109,11 +119,7 @@ ProfileUpload::ProfileUpload(UploadRequest request, QObject *parent)
     connect(
         &m_session, &cOBEXObject::DataTransfer, this,
         [this](qint32 bytesSent, qint32 total, qint32 rate) {
-            QString text = m_sendingText;
-            text.replace("%f"_L1, m_request.RemoteName);
-            text.replace("%b"_L1, QString::number(bytesSent));
-            text.replace("%r"_L1, QString::number(std::lround(rate / 1024.0)));
-            emit ProgressChanged(bytesSent, total, rate, text);
+            emit ProgressChanged(bytesSent, total, rate, SendingText(bytesSent, rate));
         },
         Qt::DirectConnection);
 }
@@ -128,17 +134,15 @@ void ProfileUpload::Abort()
 
 QString ProfileUpload::ErrorText() const
 {
-    return IsAborted() ? QString() : UploadErrorText(m_error, m_request.Port);
+    return IsAborted() ? QString() : UploadErrorText(m_error, m_request.Port, m_link.LastOpenHolder());
 }
 
-int ProfileUpload::Percent(qint64 bytesSent, qint64 total)
+QString ProfileUpload::SendingText(qint64 bytesSent, qint32 rate) const
 {
-    return total > 0 ? int(bytesSent * 100 / total) : 100;
-}
-
-QString ProfileUpload::ProgressCaption(int percent)
-{
-    return QString::number(percent) + "%  "_L1 + WindowText(u"Caption"_s, u"Fileupload"_s);
+    // The sending text's "%t" is not one of its placeholders: it shows as it is.
+    return FillPlaceholders(m_sendingText, {{"%f"_L1, m_request.RemoteName},
+                                            {"%b"_L1, QString::number(bytesSent)},
+                                            {"%r"_L1, QString::number(std::lround(rate / 1024.0))}});
 }
 
 void ProfileUpload::Status(const QString &text)
@@ -164,35 +168,36 @@ UploadResult ProfileUpload::Run()
     m_error = UploadError::None;
     m_sendingText = WindowText(u"Status4"_s, u"Sending %f  - %t Bytes..."_s);
     Status(WindowText(u"Status1"_s, u"Generating File..."_s));
-    QString copyPath;
-    UploadResult result = Transfer(copyPath);
+    UploadResult result = Transfer();
     m_link.ClosePort();
-    if (!copyPath.isEmpty() && QFile::exists(copyPath) && !QFile::remove(copyPath))
-        qCWarning(lcPhone) << "could not delete" << copyPath;
+    const QString &profile = m_request.ProfilePath;
+    if (m_request.OwnsProfile && !profile.isEmpty() && QFile::exists(profile) && !QFile::remove(profile))
+        qCWarning(lcPhone) << "could not delete" << profile;
     if (IsAborted())
         result = UploadResult::Aborted;
-    emit Finished(result);
     return result;
 }
 
-UploadResult ProfileUpload::Transfer(QString &copyPath)
+UploadResult ProfileUpload::Transfer()
 {
     const auto ended = [this](bool stepDone) { return !stepDone || IsAborted(); };
     const auto failed = [this] { return m_error == UploadError::None ? UploadResult::Aborted : UploadResult::Failed; };
 
-    if (!IsPortConfigured(m_request.Port)) {
+    if (!m_request.HasConnection()) {
         Fail(UploadError::PortNotSet);
         return UploadResult::Failed;
     }
-    if (m_request.WriteProfileCopy)
-        copyPath = m_request.WriteProfileCopy();
-    if (ended(!copyPath.isEmpty() || Fail(UploadError::FileNotWritten)))
+    if (FirstPieceLimit(m_request.RemoteName) < 0) {
+        Fail(UploadError::NameTooLong);
+        return UploadResult::Failed;
+    }
+    if (ended(!m_request.ProfilePath.isEmpty() || Fail(UploadError::FileNotWritten)))
         return failed();
 
     Status(FillPortPlaceholder(WindowText(u"Status2"_s, u"Opening COM%p ..."_s), m_request.Port));
-    const bool opened = m_link.OpenPort(SerialPortName(m_request.Port), m_request.Port.Speed);
+    const bool opened = m_link.OpenPort(m_request.Port.Name(), m_request.Speed);
     if (!opened)
-        Fail(m_link.LastOpenError() == PortOpenError::InUse ? UploadError::PortInUse : UploadError::PortNotOpened);
+        Fail(OpenError(m_link.LastOpenError()));
     if (ended(opened))
         return failed();
     m_link.SetReadTimeout(m_request.ReadTimeoutMs);
@@ -215,15 +220,13 @@ UploadResult ProfileUpload::Transfer(QString &copyPath)
     if (ended(m_session.Connect(maxPacketSize, cOBEXObject::UUID()) || Fail(UploadError::ObexNotConnected)))
         return failed();
 
-    QFile copy(copyPath);
-    if (ended(copy.open(QIODevice::ReadOnly) || Fail(UploadError::FileNotWritten)))
+    QFile profile(m_request.ProfilePath);
+    if (ended(profile.open(QIODevice::ReadOnly) || Fail(UploadError::FileNotWritten)))
         return failed();
-    const QByteArray data = copy.readAll();
-    copy.close();
+    const QByteArray data = profile.readAll();
+    profile.close();
     m_totalSize = data.size();
-    QString sending = m_sendingText;
-    sending.replace("%f"_L1, m_request.RemoteName).replace("%b"_L1, "0"_L1).replace("%r"_L1, "0"_L1);
-    Status(sending);
+    Status(SendingText(0, 0));
 
     if (!m_session.ObexPut(m_request.RemoteName, data)) {
         Status(WindowText(u"Status6"_s, u"Fileupload failed !"_s));
@@ -232,9 +235,8 @@ UploadResult ProfileUpload::Transfer(QString &copyPath)
     }
     if (!m_session.Disconnect())
         qCInfo(lcPhone) << "the phone did not confirm the disconnect";
-    QString done = WindowText(u"Status5"_s, u"%f (%t KB) successfully transfered to phone !"_s);
-    done.replace("%f"_L1, m_request.RemoteName)
-        .replace("%t"_L1, QString::number(double(m_totalSize) / 1024.0, 'f', 2));
-    Status(done);
+    Status(FillPlaceholders(WindowText(u"Status5"_s, u"%f (%t KB) successfully transfered to phone !"_s),
+                            {{"%f"_L1, m_request.RemoteName},
+                             {"%t"_L1, QString::number(double(m_totalSize) / 1024.0, 'f', 2)}}));
     return IsAborted() ? UploadResult::Aborted : UploadResult::Succeeded;
 }

@@ -4,12 +4,24 @@
 #include "support/ansitext.h"
 
 #include <QDeadlineTimer>
+#include <QFile>
 #include <QRegularExpression>
 #include <QSerialPort>
 #include <QSerialPortInfo>
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+
+#ifdef Q_OS_UNIX
+#include <cerrno>
+#include <cstdlib>
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
 
 using namespace Qt::StringLiterals;
 
@@ -69,6 +81,97 @@ bool IsFinalResultLine(QByteArrayView line)
     });
 }
 
+#ifdef Q_OS_UNIX
+// The descriptors of the ports open in this process, each stored plus one so
+// that 0 marks a free slot; read by ReleasePortsFromSignalHandler.
+std::array<std::atomic<int>, 8> g_openPorts{};
+
+void RememberOpenPort(int descriptor)
+{
+    for (std::atomic<int> &slot : g_openPorts) {
+        int free = 0;
+        if (slot.compare_exchange_strong(free, descriptor + 1))
+            return;
+    }
+}
+
+void ForgetOpenPort(int descriptor)
+{
+    for (std::atomic<int> &slot : g_openPorts) {
+        int held = descriptor + 1;
+        if (slot.compare_exchange_strong(held, 0))
+            return;
+    }
+}
+
+// The device a port name stands for, as the serial port opens it.
+QByteArray DevicePath(const QString &portName)
+{
+    if (portName.startsWith(u'/') || portName.startsWith("./"_L1) || portName.startsWith("../"_L1))
+        return QFile::encodeName(portName);
+    return QFile::encodeName("/dev/"_L1 + portName);
+}
+
+// Looks through the open files of every process this user may see for the
+// character device; the first process found holding it fills holder.
+bool FindPortHolder(dev_t device, PortHolder &holder)
+{
+    DIR *processes = ::opendir("/proc");
+    if (!processes)
+        return false;
+    bool found = false;
+    while (const dirent *process = ::readdir(processes)) {
+        char *end = nullptr;
+        const long processId = std::strtol(process->d_name, &end, 10);
+        if (processId <= 0 || *end != '\0')
+            continue;
+        const QByteArray fdFolder = "/proc/" + QByteArray(process->d_name) + "/fd/";
+        DIR *descriptors = ::opendir(fdFolder.constData());
+        if (!descriptors)
+            continue; // another user's process, or one that just ended
+        while (const dirent *descriptor = ::readdir(descriptors)) {
+            struct stat target {};
+            const QByteArray link = fdFolder + descriptor->d_name;
+            if (descriptor->d_name[0] != '.' && ::stat(link.constData(), &target) == 0
+                && S_ISCHR(target.st_mode) && target.st_rdev == device) {
+                found = true;
+                break;
+            }
+        }
+        ::closedir(descriptors);
+        if (found) {
+            QFile name(u"/proc/%1/comm"_s.arg(processId));
+            holder.ProcessId = processId;
+            holder.Program = name.open(QIODevice::ReadOnly) ? QString::fromLocal8Bit(name.readAll().trimmed())
+                                                            : QString();
+            break;
+        }
+    }
+    ::closedir(processes);
+    return found;
+}
+
+// A port the serial port could not open although it exists: a running program
+// may have it open, or a program that ended without closing it (killed, say)
+// left it locked for exclusive use, which only closing it properly, or the
+// device going away, clears.
+PortOpenError ExplainRefusedPort(const QString &portName, PortHolder &holder)
+{
+    const QByteArray path = DevicePath(portName);
+    struct stat device {};
+    if (::stat(path.constData(), &device) != 0 || !S_ISCHR(device.st_mode))
+        return PortOpenError::InUse;
+    if (FindPortHolder(device.st_rdev, holder))
+        return PortOpenError::HeldByProgram;
+    const int descriptor = ::open(path.constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor >= 0) {
+        ::close(descriptor);
+        return PortOpenError::InUse;
+    }
+    return errno == EBUSY ? PortOpenError::LeftLocked : PortOpenError::InUse;
+}
+#endif
+
 template<std::size_t N>
 bool IsOneOf(QStringView text, const std::array<QLatin1StringView, N> &codes)
 {
@@ -119,6 +222,7 @@ bool SerialLink::OpenPort(const QString &portName, qint32 speed)
     ClosePort();
     m_device = nullptr;
     m_openError = PortOpenError::None;
+    m_holder = PortHolder();
     auto port = std::make_unique<QSerialPort>(portName);
     port->setReadBufferSize(PortReadBufferBytes);
     if (!port->open(QIODevice::ReadWrite)) {
@@ -128,7 +232,11 @@ bool SerialLink::OpenPort(const QString &portName, qint32 speed)
             m_openError = PortOpenError::NotFound;
             break;
         case QSerialPort::PermissionError:
+#ifdef Q_OS_UNIX
+            m_openError = ExplainRefusedPort(portName, m_holder);
+#else
             m_openError = PortOpenError::InUse;
+#endif
             break;
         default:
             m_openError = PortOpenError::Other;
@@ -144,6 +252,9 @@ bool SerialLink::OpenPort(const QString &portName, qint32 speed)
     if (!port->setDataTerminalReady(true) || !port->setRequestToSend(true))
         qCDebug(lcPhone) << "no DTR/RTS on" << portName << port->errorString();
     port->clearError();
+#ifdef Q_OS_UNIX
+    RememberOpenPort(port->handle());
+#endif
     m_port = std::move(port);
     m_device = m_port.get();
     SetReadTimeout(DefaultReadTimeoutMs);
@@ -155,6 +266,9 @@ bool SerialLink::ClosePort()
     DropPending();
     if (!m_port)
         return true;
+#ifdef Q_OS_UNIX
+    ForgetOpenPort(m_port->handle());
+#endif
     m_port->close();
     const bool closed = m_port->error() == QSerialPort::NoError;
     m_port.reset();
@@ -277,6 +391,16 @@ QByteArray SerialLink::ReadObexPacket()
         }
     }
     return packet;
+}
+
+void ReleasePortsFromSignalHandler()
+{
+#if defined(Q_OS_UNIX) && defined(TIOCNXCL)
+    for (const std::atomic<int> &slot : g_openPorts) {
+        if (const int held = slot.load(); held > 0)
+            ::ioctl(held - 1, TIOCNXCL);
+    }
+#endif
 }
 
 QStringList OfferedPorts()

@@ -22,9 +22,10 @@ inline constexpr int DefaultReadTimeoutMs = 5000;
 inline constexpr int WriteTimeoutPerByteMs = 10;
 inline constexpr int WriteTimeoutConstantMs = 100;
 
-// One AT answer may not grow beyond this; a phone that streams without ever
-// ending a line gets its answer cut here.
-inline constexpr qsizetype MaxAtResponseBytes = 16 * 1024;
+// One AT answer may not grow beyond this, far above anything a phone answers
+// (a few hundred bytes); a phone that streams without ever ending a line gets
+// its answer cut here.
+inline constexpr qsizetype MaxAtResponseBytes = 64 * 1024;
 // An OBEX packet's length field cannot say more than this.
 inline constexpr qsizetype MaxObexPacketBytes = 0xFFFF;
 
@@ -48,8 +49,17 @@ AtResponse ParseAtResponse(const QString &answer);
 enum class PortOpenError {
     None,
     NotFound, // no such device
-    InUse, // another program holds it, or the user may not open it
+    InUse, // another program holds it, or the user may not open it: which one is not known
+    HeldByProgram, // a running program has it open (LastOpenHolder() says which)
+    LeftLocked, // locked for exclusive use, yet no program has it open: one that was killed left it so
     Other,
+};
+
+// A running program that has a port open.
+struct PortHolder
+{
+    QString Program;
+    qint64 ProcessId = 0;
 };
 
 // The link to the phone: one serial port (or any open QIODevice standing in for
@@ -78,6 +88,8 @@ public:
     bool ClosePort();
     [[nodiscard]] bool IsOpen() const;
     [[nodiscard]] PortOpenError LastOpenError() const { return m_openError; }
+    // With LastOpenError() HeldByProgram: the program found holding the port.
+    [[nodiscard]] PortHolder LastOpenHolder() const { return m_holder; }
 
     void SetReadTimeout(int milliseconds);
     [[nodiscard]] int ReadTimeout() const { return m_readTimeoutMs; }
@@ -103,10 +115,16 @@ private:
     QIODevice *m_device = nullptr;
     std::unique_ptr<QSerialPort> m_port;
     PortOpenError m_openError = PortOpenError::None;
+    PortHolder m_holder;
     int m_readTimeoutMs = DefaultReadTimeoutMs;
     QByteArray m_pending;
     qsizetype m_pendingPos = 0;
 };
+
+// Takes every port opened by a SerialLink in this process out of exclusive mode,
+// using only async-signal-safe calls: for a signal handler that ends the
+// program while a port is open, so that the next program can open it.
+void ReleasePortsFromSignalHandler();
 
 // The serial ports the settings offer: on Windows the COM ports of the system,
 // elsewhere /dev/rfcomm0, /dev/ttyACM0 and /dev/ttyUSB0 followed by any other

@@ -30,7 +30,7 @@ Document::~Document()
 
 bool Document::IsKeymapDocument() const
 {
-    return LowerExtension(m_currentFile) == "kcf"_L1;
+    return FileKindOf(m_currentFile) == FileKind::Keymap;
 }
 
 QString Document::DisplayName() const
@@ -48,46 +48,11 @@ QString Document::Caption() const
     return DisplayName() + " - Padmapper"_L1;
 }
 
-void Document::Edited(PhoneKey key)
-{
-    emit KeyActionChanged(key);
-    SetSaved(false);
-}
-
-void Document::SetModifiers(PhoneKey key, int modifiers)
-{
-    m_keymap[key].Modifiers = static_cast<std::int16_t>(modifiers);
-    Edited(key);
-}
-
-void Document::SetIsMouse(PhoneKey key, bool isMouse)
-{
-    m_keymap[key].IsMouse = isMouse;
-    Edited(key);
-}
-
-void Document::SetKeyCode(PhoneKey key, int keyCode)
-{
-    m_keymap[key].KeyCode = static_cast<std::int16_t>(keyCode);
-    Edited(key);
-}
-
-void Document::SetMouseAction(PhoneKey key, int mouseAction)
-{
-    m_keymap[key].MouseAction = mouseAction;
-    Edited(key);
-}
-
-void Document::SetComment(PhoneKey key, const QString &comment)
-{
-    m_keymap[key].Comment = comment;
-    Edited(key);
-}
-
 void Document::SetAction(PhoneKey key, const KeyAction &action)
 {
     m_keymap[key] = action;
-    Edited(key);
+    m_isSaved = false;
+    emit KeyActionChanged(key);
 }
 
 void Document::SetCurrentFile(const QString &path)
@@ -96,14 +61,6 @@ void Document::SetCurrentFile(const QString &path)
         return;
     m_currentFile = path;
     emit CurrentFileChanged();
-}
-
-void Document::SetSaved(bool saved)
-{
-    if (m_isSaved == saved)
-        return;
-    m_isSaved = saved;
-    emit SavedChanged(saved);
 }
 
 bool Document::ReadKeymap(const QString &source, bool isText, KeymapReadErrors fetched)
@@ -189,7 +146,7 @@ bool Document::OpenProfile(const QString &path)
         }
     }
     ReadKeymap(opened.KeymapText, true, opened.KeymapErrors);
-    SetSaved(true);
+    m_isSaved = true;
     return true;
 }
 

@@ -21,12 +21,23 @@ struct DocumentMessage
     Icon Kind = Icon::Critical;
 };
 
+// What a file is taken for, by the text after the last "." of its name (any
+// case): "hid" and "tar" are profiles, "kcf" bare keymaps, "jpg", "jpeg",
+// "gif", "bmp" and "png" pictures.
+enum class FileKind { Profile, Keymap, Picture, Other };
+FileKind FileKindOf(const QString &path);
+
 // The one open document: the keymap of the 22 keys, the picture, the file it
-// came from and whether it has unsaved changes. Edits go through it and it
-// announces every change; the windows only show it.
+// came from and whether it has unsaved changes. Edits and the file commands go
+// through it, it keeps IsSaved itself and announces every change; the windows
+// only ask for file names, show its messages and redraw.
 //
 // The document kind follows the file name: a name ending in ".kcf" is a bare
 // keymap, anything else (an unnamed document too) a profile.
+//
+// IsSaved: every edit and every import clears it; opening a profile, the file named
+// at start or the default profile, and a successful save set it. Opening a bare
+// keymap, dropping a keymap or a picture and exporting leave it as it was.
 class Document : public QObject
 {
     Q_OBJECT
@@ -50,16 +61,44 @@ public:
     // The main window's caption: "Name - Padmapper".
     QString Caption() const;
 
-    // Edits of one key; each marks the document changed.
-    void SetModifiers(PhoneKey key, int modifiers);
-    void SetIsMouse(PhoneKey key, bool isMouse);
-    void SetKeyCode(PhoneKey key, int keyCode);
-    void SetMouseAction(PhoneKey key, int mouseAction);
-    void SetComment(PhoneKey key, const QString &comment);
+    // An edit of one key: its whole action.
     void SetAction(PhoneKey key, const KeyAction &action);
 
-    void SetCurrentFile(const QString &path);
-    void SetSaved(bool saved);
+    // The file commands. A failure raises its message, except that saving an
+    // unnamed profile fails in silence (there is no name to write to).
+
+    // Open: a profile (then saved) or a bare keymap, which takes the place of
+    // the picture and becomes the document's file; since nothing was saved,
+    // IsSaved stays. False for a file of any other kind, which is left alone.
+    bool Open(const QString &path);
+    // The file named at start: a profile or a keymap, then saved. False when
+    // the default document is to come instead: nothing is at the path (no
+    // message then), it is of another kind, or it could not be read.
+    bool OpenAtStart(const QString &path);
+    // The default profile as a template: opened, then unnamed and saved. An
+    // empty path opens nothing.
+    void OpenTemplate(const QString &path);
+    // A dropped file: a profile is opened; a keymap only replaces the keys; a
+    // picture is taken, and a keymap document becomes an unnamed profile.
+    // Anything else is left alone.
+    void Drop(const QString &path);
+    // A picture chosen for the profile; a keymap document becomes an unnamed
+    // profile. False when it could not be decoded: its copy then replaces the
+    // picture all the same, but IsSaved and the file name stay.
+    bool ImportPicture(const QString &path);
+    // The keys of a keymap file; false when it could not be read.
+    bool ImportKeymap(const QString &path);
+    // Writes the document to its file: a keymap document as keymap text, any
+    // other as a profile.
+    [[nodiscard]] bool Save();
+    // Writes the document under a new name, which it takes: a keymap document
+    // as keymap text to path, any other as a profile (".hid" appended unless
+    // path ends in it).
+    [[nodiscard]] bool SaveAs(const QString &path);
+    // Copies of the picture's bytes (false without a picture) or of the keymap
+    // text; the document stays as it is.
+    [[nodiscard]] bool ExportPicture(const QString &path);
+    [[nodiscard]] bool ExportKeymap(const QString &path);
 
     // Reads keymap text (isText) or a keymap file into the keymap. Errors are
     // reported as one message and in the error report file; with text, fetched
@@ -86,13 +125,14 @@ public:
     // Shows the picture at path and keeps a copy of its bytes (unless it is one
     // of the program's own copies). Returns whether it could be decoded. When no
     // whole copy can be made, a message says why and the picture stays as it was.
+    // IsSaved stays as it was.
     bool AdoptPicture(const QString &path);
     // Leaves the document without a picture, as a bare keymap is.
     void RemovePicture();
 
     // Writes the document as a profile. Unless asCopy, path gets ".hid" when it
     // has another extension and becomes the document's file name. Raises the
-    // message of a failure; IsSaved is the caller's business.
+    // message of a failure; IsSaved stays as it was.
     [[nodiscard]] bool SaveProfile(QString &path, bool asCopy);
 
 signals:
@@ -100,12 +140,14 @@ signals:
     void KeymapReplaced();
     void PictureChanged();
     void CurrentFileChanged();
-    void SavedChanged(bool saved);
     // Emitted synchronously, in the order things happen.
     void MessageRaised(const DocumentMessage &message);
 
 private:
-    void Edited(PhoneKey key);
+    void SetCurrentFile(const QString &path);
+    // A keymap document that gets a picture is a profile, not yet named.
+    void BecomeProfile();
+    [[nodiscard]] bool WriteKeymap(const QString &path);
     void Raise(ProfileMessage message, const FileError &cause = {});
 
     struct ReadAheadProfile

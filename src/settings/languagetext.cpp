@@ -8,6 +8,8 @@
 #include <QMutex>
 #include <QMutexLocker>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -76,4 +78,24 @@ QString LanguageText(const QString &section, const QString &key, const QString &
     if (text.isEmpty())
         text = defaultText;
     return text.replace("%n"_L1, "\r\n"_L1);
+}
+
+QString FillPlaceholders(QStringView text,
+                         std::initializer_list<std::pair<QLatin1StringView, QString>> values)
+{
+    QString filled;
+    filled.reserve(text.size());
+    for (qsizetype at = 0; at < text.size();) {
+        const QStringView rest = text.sliced(at);
+        const auto value = std::find_if(values.begin(), values.end(), [rest](const auto &placeholder) {
+            return rest.startsWith(placeholder.first);
+        });
+        if (value == values.end()) {
+            filled += text[at++];
+            continue;
+        }
+        filled += value->second;
+        at += value->first.size();
+    }
+    return filled;
 }

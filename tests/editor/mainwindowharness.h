@@ -29,6 +29,13 @@ protected:
     std::unique_ptr<MainWindow> m_window;
 
     QString Path(const QString &name) const { return m_dir.filePath(name); }
+    // An edit of one key's comment, as the action editor hands it over.
+    void EditComment(PhoneKey key, const QString &comment)
+    {
+        KeyAction action = m_window->Doc().Action(key);
+        action.Comment = comment;
+        m_window->Doc().SetAction(key, action);
+    }
 
     // The window before Startup; an empty port leaves the settings without one.
     MainWindow &Create(const QString &portName)
@@ -36,7 +43,7 @@ protected:
         m_dialogs = std::make_unique<ScriptedDialogs>();
         m_store = std::make_unique<SettingsStore>(Path(QStringLiteral("settings.ini")));
         if (!portName.isEmpty()) {
-            m_store->WritePort(0, portName, 115200);
+            m_store->WritePort(*SerialPort::Parse(portName), 115200);
             (void)m_store->Sync();
         }
         m_window = std::make_unique<MainWindow>(*m_dialogs, *m_store);
@@ -72,8 +79,6 @@ protected:
     // Closes the window without questions and forgets the settings.
     void Close()
     {
-        if (m_window)
-            m_window->Doc().SetSaved(true);
         m_window.reset();
         DeleteTempFiles();
         QFile::remove(Path(QStringLiteral("settings.ini")));

@@ -121,16 +121,19 @@ private slots:
         ActionEditor *editor = window.Editor();
         switch (edit) {
         case 0:
-            QTest::mouseClick(editor->ModifierBox(1), Qt::LeftButton);
-            QCOMPARE(window.Doc().Action(PhoneKeys::Digit(2)).Modifiers, std::int16_t(1));
+            QTest::mouseClick(editor->ModifierBox(1), Qt::LeftButton); // left Ctrl
+            QTest::mouseClick(editor->ModifierBox(5), Qt::LeftButton); // right Ctrl
+            QCOMPARE(window.Doc().Action(PhoneKeys::Digit(2)).Modifiers, std::int16_t(17));
             QCOMPARE(ToolTip(PhoneKeys::Digit(2)), u" CTRL + Arrow up "_s);
             break;
         case 1:
             editor->DeviceList()->activated(1);
             QVERIFY(window.Doc().Action(PhoneKeys::Digit(2)).IsMouse);
             QVERIFY(editor->IsMousePanelShown());
-            // The tip was built before the device was stored.
+            // The tip is built before the device is stored: it tells the previous one.
             QCOMPARE(ToolTip(PhoneKeys::Digit(2)), u" Arrow up "_s);
+            editor->DeviceList()->activated(0);
+            QCOMPARE(ToolTip(PhoneKeys::Digit(2)), u" - "_s);
             break;
         case 2:
             editor->SpecialKeyList()->setCurrentText(u"Tab"_s);
@@ -210,7 +213,7 @@ private slots:
         QVERIFY(!window.Doc().Picture().Image.isNull());
         if (message.isEmpty())
             return;
-        window.Doc().SetComment(PhoneKeys::Digit(1), u"kept"_s);
+        EditComment(PhoneKeys::Digit(1), u"kept"_s);
         m_dialogs->NextOpen = Path(name);
         window.Open();
         QCOMPARE(m_dialogs->Shown.last(), message.arg(Path(name)));
@@ -221,7 +224,7 @@ private slots:
     void closingWithChangesAsks()
     {
         MainWindow &window = Start();
-        window.Doc().SetComment(PhoneKeys::Digit(1), u"changed"_s);
+        EditComment(PhoneKeys::Digit(1), u"changed"_s);
         m_dialogs->NextAnswer = EditorDialogs::Answer::Cancel;
         QVERIFY(!window.close());
         QCOMPARE(m_dialogs->Questions, 1);
@@ -350,13 +353,15 @@ private slots:
         QFile lng(Path(u"Deutsch.lng"_s));
         QVERIFY(lng.open(QIODevice::WriteOnly));
         lng.write("[MainWindow]\r\nMenu_File=&Datei\r\nFrame=Funktion der Taste:\r\nButton_SaveProfile=Profil speichern\r\n"
+                  "Button_Left=&Links\r\n"
                   "ToolTip_Mouse4=Maus hoch\r\n[CommonDialog]\r\nFile_Unnamed=Unbenannt\r\n");
         lng.close();
         SettingsStore(Path(u"settings.ini"_s)).WriteLanguage(Path(u"Deutsch.lng"_s));
         MainWindow &window = Start();
         QCOMPARE(window.windowTitle(), u"Unbenannt - Padmapper"_s);
         QCOMPARE(window.SaveButton()->text(), u"Profil speichern"_s);
-        QVERIFY(window.Editor()->title().startsWith(u"Funktion der Taste: \""_s));
+        window.RefreshKeyDisplay(PhoneKeys::Lsk);
+        QCOMPARE(window.Editor()->title(), u"Funktion der Taste: \"Links\""_s);
         QCOMPARE(ToolTip(PhoneKeys::Up), u" Maus hoch "_s);
     }
 

@@ -5,9 +5,11 @@
 
 #include <chrono>
 
+#include <cerrno>
 #include <fcntl.h>
 #include <poll.h>
 #include <stdlib.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -120,15 +122,17 @@ bool FakePhone::Start()
     if (ptsname_r(m_master, name, sizeof name) != 0)
         return false;
     m_portName = QString::fromLocal8Bit(name);
-    // Holding the other end open keeps the line up between a client's opens.
-    m_slave = ::open(name, O_RDWR | O_NOCTTY);
-    if (m_slave < 0)
+    // The settings stay for every later opener. The phone does not keep the
+    // port open itself, so a client that held it is the only holder to find.
+    const int port = ::open(name, O_RDWR | O_NOCTTY);
+    if (port < 0)
         return false;
     termios raw{};
-    if (tcgetattr(m_slave, &raw) == 0) {
+    if (tcgetattr(port, &raw) == 0) {
         cfmakeraw(&raw);
-        tcsetattr(m_slave, TCSANOW, &raw);
+        tcsetattr(port, TCSANOW, &raw);
     }
+    ::close(port);
     m_thread = std::thread([this] { Loop(); });
     return true;
 }
@@ -145,9 +149,18 @@ void FakePhone::Vanish()
 {
     if (m_master >= 0)
         ::close(m_master);
-    if (m_slave >= 0)
-        ::close(m_slave);
-    m_master = m_slave = -1;
+    m_master = -1;
+}
+
+bool FakePhone::PortIsExclusive() const
+{
+    const int port = ::open(m_portName.toLocal8Bit().constData(), O_RDWR | O_NOCTTY | O_NONBLOCK);
+    if (port < 0)
+        return errno == EBUSY;
+    int exclusive = 0;
+    const bool asked = ::ioctl(port, TIOCGEXCL, &exclusive) == 0;
+    ::close(port);
+    return !asked || exclusive != 0;
 }
 
 QStringList FakePhone::AtCommands() const
@@ -179,11 +192,14 @@ void FakePhone::Loop()
     char buffer[4096];
     while (!m_stop.load() && m_master >= 0) {
         pollfd poller{m_master, POLLIN, 0};
-        if (::poll(&poller, 1, PollIntervalMs) <= 0 || !(poller.revents & POLLIN))
+        if (::poll(&poller, 1, PollIntervalMs) <= 0)
             continue;
-        const ssize_t got = ::read(m_master, buffer, sizeof buffer);
-        if (got <= 0)
+        // While no client has the port open, the line reports a hang-up.
+        const ssize_t got = (poller.revents & POLLIN) ? ::read(m_master, buffer, sizeof buffer) : 0;
+        if (got <= 0) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(PollIntervalMs));
             continue;
+        }
         m_input.append(buffer, got);
         for (;;) {
             if (m_master < 0)

@@ -55,6 +55,9 @@ public:
     void Stop();
     // The device a client opens, e.g. /dev/pts/4.
     QString PortName() const { return m_portName; }
+    // Whether the port is locked for exclusive use: a client holds it, or one
+    // ended without closing it. (Root may open such a port all the same.)
+    bool PortIsExclusive() const;
 
     QStringList AtCommands() const;
     // Every OBEX request as it arrived.
@@ -75,7 +78,6 @@ private:
     Options m_options;
     QString m_portName;
     int m_master = -1;
-    int m_slave = -1;
     std::thread m_thread;
     std::atomic<bool> m_stop{false};
 

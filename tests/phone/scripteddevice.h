@@ -18,9 +18,16 @@ public:
     void AddAnswer(const QByteArray &bytes) { m_answers += bytes; }
     QByteArray Written() const { return m_written; }
     qint64 Unread() const { return m_answers.size() - m_readAt; }
+    // How long the client last offered to wait for more bytes; -1 before it did.
+    int LastWaitMs() const { return m_lastWaitMs; }
 
     bool isSequential() const override { return true; }
     qint64 bytesAvailable() const override { return Unread() + QIODevice::bytesAvailable(); }
+    bool waitForReadyRead(int msecs) override
+    {
+        m_lastWaitMs = msecs;
+        return false;
+    }
 
 protected:
     qint64 readData(char *data, qint64 maxSize) override
@@ -40,4 +47,5 @@ private:
     QByteArray m_answers;
     qint64 m_readAt = 0;
     QByteArray m_written;
+    int m_lastWaitMs = -1;
 };

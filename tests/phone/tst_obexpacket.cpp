@@ -93,7 +93,8 @@ private slots:
         QTest::newRow("version byte anywhere is a connect block")
             << Hex("A0 00 0B 48 00 04 61 10 00 02 00") << u"code=160 connect=512 body=a"_s;
         QTest::newRow("name") << Hex("A0 00 0C 01 00 09 00 41 00 62 00 00") << u"code=160 name=Ab"_s;
-        QTest::newRow("empty name") << Hex("A0 00 06 01 00 03") << u"code=160 name="_s;
+        QTest::newRow("empty name: 0x00 and a terminator byte")
+            << Hex("A0 00 08 01 00 05 00 00") << u"code=160 name="_s;
         QTest::newRow("type drops its terminator") << Hex("A0 00 09 42 00 06 74 78 00") << u"code=160 type=tx"_s;
         QTest::newRow("target and who") << Hex("A0 00 0B 46 00 04 01 4A 00 04 02") << u"code=160 target=01 who=02"_s;
 
@@ -101,6 +102,10 @@ private slots:
             << Hex("A0 00 0B CB 00 00 00 07 48 00 01 61") << u"code=160 cid=7"_s;
         QTest::newRow("header running past the packet stops there")
             << Hex("A0 00 08 C3 00 00 00 09 48 FF FF 61") << u"code=160 length=9"_s;
+        QTest::newRow("name length 3 stops there")
+            << Hex("A0 00 0B 01 00 03 CB 00 00 00 07") << u"code=160"_s;
+        QTest::newRow("name length 4 stops there")
+            << Hex("A0 00 0C 01 00 04 00 CB 00 00 00 07") << u"code=160"_s;
         QTest::newRow("cut header prefix") << Hex("A0 00 05 48 00") << u"code=160"_s;
         QTest::newRow("cut connection id") << Hex("A0 00 06 CB 00 01") << u"code=160"_s;
         QTest::newRow("cut connect block") << Hex("A0 00 05 10 00") << u"code=160"_s;

@@ -73,7 +73,7 @@ private slots:
         QCOMPARE(Packets(phone.Written()).value(1).toHex(' '), Hex("81 00 08 CB 00 00 11 70").toHex(' '));
     }
 
-    void refusedConnectLeavesNothingToDisconnect()
+    void refusalsSendNothing()
     {
         ScriptedDevice phone(Hex("C3 00 0C 10 00 04 00 CB 00 00 00 09"));
         SerialLink link(&phone);
@@ -82,7 +82,9 @@ private slots:
         QVERIFY(!session.Connect(size, {}));
         QCOMPARE(session.ConnectionId(), 0u);
         const qsizetype sent = phone.Written().size();
-        QVERIFY(session.Disconnect());
+        QVERIFY(session.Disconnect()); // nothing to disconnect
+        // A name that leaves the first packet no room is refused unsent.
+        QVERIFY(!session.ObexPut(QString(MaxRemoteNameLength + 1, u'n'), "x"));
         QCOMPARE(phone.Written().size(), sent);
     }
 
@@ -124,9 +126,15 @@ private slots:
         ScriptedDevice phone(answers);
         SerialLink link(&phone);
         cOBEXObject session(link);
+        // Every reading of the clock is 8 ms after the one before: each piece
+        // is answered 8 ms after it was sent.
+        qint64 now = 0;
+        session.SetClock([&now] { return now += 8; });
         QStringList events;
+        qint32 acknowledged = 0;
         connect(&session, &cOBEXObject::DataTransfer, this, [&](qint32 sent, qint32 total, qint32 rate) {
-            QVERIFY(rate >= 0);
+            QCOMPARE(rate, (sent - acknowledged) * 1000 / 8); // of the piece just answered
+            acknowledged = sent;
             events << u"%1/%2"_s.arg(sent).arg(total);
         });
         const QByteArray data = TestData(size);
@@ -146,6 +154,7 @@ private slots:
             cPacket decoded;
             decoded.Decode(packet);
             QVERIFY(!decoded.ConnectionIDHeader());
+            QCOMPARE(decoded.EndOfBody(), quint8(packet[0]) == ObexOpcode::PutFinal);
             sentData += decoded.Body();
         }
         QVERIFY(data.startsWith(sentData));

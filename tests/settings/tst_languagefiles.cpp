@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "keymap/keyactiontext.h"
+#include "keymap/keymap.h"
 #include "keymap/keytable.h"
 #include "settings/languagetext.h"
 #include "support/ansitext.h"
@@ -121,18 +122,10 @@ QList<Lookup> RunTimeLookups()
         add(u"MainWindow"_s, QString::fromLatin1(SpecialKeyAt(i).LanguageKey),
             QString::fromLatin1(SpecialKeyAt(i).EnglishName));
     }
-    const std::pair<const char16_t *, const char16_t *> symbolKeys[] = {
-        { u"Frame_JoystickPress", u"Joystick press" },
-        { u"Frame_JoystickLeft", u"Joystick left" },
-        { u"Frame_JoystickUp", u"Joystick up" },
-        { u"Frame_JoystickRight", u"Joystick right" },
-        { u"Frame_JoystickDown", u"Joystick down" },
-        { u"Frame_Plus", u"Plus" },
-        { u"Frame_Minus", u"Minus" },
-        { u"Frame_Camera", u"Camera" },
-    };
-    for (const auto &[key, english] : symbolKeys)
-        add(u"MainWindow"_s, QString::fromUtf16(key), QString::fromUtf16(english));
+    for (const PhoneKeyName &key : PhoneKeyNames) {
+        if (!key.LanguageKey.isEmpty())
+            add(u"MainWindow"_s, key.LanguageKey.toString(), key.English.toString());
+    }
     // The profile archive's messages, keyed by their number.
     const std::pair<int, const char16_t *> profileMessages[] = {
         { 1, u"No Picture is loadet !" },
@@ -191,7 +184,7 @@ QStringList Placeholders(const QString &text)
 {
     // "COM%p" is a token of its own: on systems without COM ports the whole of
     // it becomes the device name.
-    static const QRegularExpression placeholder(u"COM%p|%[fptbrn]"_s);
+    static const QRegularExpression placeholder(u"COM%p|%[fptbrnaim]"_s);
     QStringList found;
     for (const QRegularExpressionMatch &m : placeholder.globalMatch(text))
         found << m.captured();

@@ -89,28 +89,27 @@ private slots:
         const struct
         {
             QByteArray stored;
-            int speed, port;
+            int speed;
             bool hasPort;
         } rows[] = {
-            {"", 115200, 0, false},
-            {"Speed=921600", 921600, 0, false}, // the highest speed
-            {"Speed=921601", 115200, 0, false},
-            {"Speed=1", 1, 0, false},
-            {"Speed=fast", 115200, 0, false}, // no number: 0, below the lowest
-            {"COMPort=65795", 115200, 259, true}, // a port number is kept in 16 bits
-            {"PortName=/dev/rfcomm0", 115200, 0, true},
+            {"", 115200, false},
+            {"Speed=921600", 921600, false}, // the highest speed
+            {"Speed=921601", 115200, false},
+            {"Speed=1", 1, false},
+            {"Speed=fast", 115200, false}, // no number: 0, below the lowest
+            {"COMPort=3", 115200, false}, // the Windows port number is not this system's port
+            {"PortName=/dev/rfcomm0", 115200, true},
         };
         for (const auto &row : rows) {
             const Settings settings = SettingsStore(NewFile("[General]\n" + row.stored + "\n")).Read();
             QCOMPARE(settings.Speed, row.speed);
-            QCOMPARE(int(settings.COMPort), row.port);
             QCOMPARE(settings.HasPort(), row.hasPort);
         }
     }
 
     void writesSurviveARestart()
     {
-        const QString path = NewFile("[General]\nHidPath=/old/profiles\nKcfPath=/old/keymaps\n");
+        const QString path = NewFile("[General]\nHidPath=/old/profiles\nKcfPath=/old/keymaps\nCOMPort=65795\n");
         {
             SettingsStore store(path);
             Settings settings = store.Read();
@@ -119,7 +118,7 @@ private slots:
             settings.Left = -32000; // a minimised window
             settings.Top = 40;
             store.WriteOnExit(settings);
-            store.WritePort(0, u"/dev/ttyACM0"_s, 57600);
+            store.WritePort(*SerialPort::Parse(u"/dev/ttyACM0"_s), 57600);
             store.WriteLanguage(u"/usr/share/padmapper/Deutsch.lng"_s);
             store.SetString(u"LasthidClass"_s, u"tarfile"_s);
             QVERIFY(store.Sync());
@@ -129,7 +128,9 @@ private slots:
         QCOMPARE(back.HidPath, u"/new/profiles"_s);
         QCOMPARE(back.KcfPath, u"/old/keymaps"_s);
         QCOMPARE(QPoint(back.Left, back.Top), QPoint(-32000, 40));
-        QCOMPARE(back.PortName, u"/dev/ttyACM0"_s);
+        QCOMPARE(back.Port.Name(), u"/dev/ttyACM0"_s);
+        // The Windows port number is written back as it was read, in 16 bits.
+        QCOMPARE(again.String(u"COMPort"_s), u"259"_s);
         QCOMPARE(back.Speed, 57600);
         QCOMPARE(back.Language, u"/usr/share/padmapper/Deutsch.lng"_s);
         QCOMPARE(again.String(u"LasthidClass"_s), u"tarfile"_s);

@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The document's file commands: which file opens as what, and what each one
+// does to the file name and to IsSaved.
+#include "document.h"
+#include "picture.h"
+
+#include "keymap/keymapwriter.h"
+#include "support/nativefile.h"
+
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
+
+FileKind FileKindOf(const QString &path)
+{
+    const QString extension = QFileInfo(path).suffix().toLower();
+    if (extension == "hid"_L1 || extension == "tar"_L1)
+        return FileKind::Profile;
+    if (extension == "kcf"_L1)
+        return FileKind::Keymap;
+    if (IsProfilePictureName(path))
+        return FileKind::Picture;
+    return FileKind::Other;
+}
+
+bool Document::Open(const QString &path)
+{
+    const QString file = AbsoluteFilePath(path);
+    switch (FileKindOf(path)) {
+    case FileKind::Profile:
+        OpenProfile(file);
+        return true;
+    case FileKind::Keymap:
+        if (ReadKeymap(file, false)) {
+            RemovePicture();
+            SetCurrentFile(file);
+        }
+        return true;
+    case FileKind::Picture:
+    case FileKind::Other:
+        break;
+    }
+    return false;
+}
+
+bool Document::OpenAtStart(const QString &path)
+{
+    // A name that leads nowhere is passed over in silence; a file that is there
+    // but cannot be read has its message raised.
+    if (!PathExists(path))
+        return false;
+    const QString file = AbsoluteFilePath(path);
+    bool opened = false;
+    switch (FileKindOf(path)) {
+    case FileKind::Profile:
+        opened = OpenProfile(file);
+        break;
+    case FileKind::Keymap:
+        opened = ReadKeymap(file, false);
+        if (opened)
+            SetCurrentFile(file);
+        break;
+    case FileKind::Picture:
+    case FileKind::Other:
+        return false;
+    }
+    m_isSaved = true;
+    return opened;
+}
+
+void Document::OpenTemplate(const QString &path)
+{
+    if (!path.isEmpty())
+        OpenProfile(path);
+    SetCurrentFile(QString());
+    m_isSaved = true;
+}
+
+void Document::Drop(const QString &path)
+{
+    switch (FileKindOf(path)) {
+    case FileKind::Profile:
+        OpenProfile(AbsoluteFilePath(path));
+        break;
+    case FileKind::Keymap:
+        ReadKeymap(path, false);
+        break;
+    case FileKind::Picture:
+        if (AdoptPicture(path))
+            BecomeProfile();
+        break;
+    case FileKind::Other:
+        break;
+    }
+}
+
+bool Document::ImportPicture(const QString &path)
+{
+    if (!AdoptPicture(path))
+        return false;
+    m_isSaved = false;
+    BecomeProfile();
+    return true;
+}
+
+bool Document::ImportKeymap(const QString &path)
+{
+    if (!ReadKeymap(path, false))
+        return false;
+    m_isSaved = false;
+    return true;
+}
+
+void Document::BecomeProfile()
+{
+    if (IsKeymapDocument())
+        SetCurrentFile(QString());
+}
+
+bool Document::Save()
+{
+    return SaveAs(m_currentFile);
+}
+
+bool Document::SaveAs(const QString &path)
+{
+    if (IsKeymapDocument()) {
+        if (!WriteKeymap(path))
+            return false;
+        SetCurrentFile(path);
+    } else {
+        QString profile = path;
+        if (!SaveProfile(profile, false))
+            return false;
+    }
+    m_isSaved = true;
+    return true;
+}
+
+bool Document::ExportPicture(const QString &path)
+{
+    if (m_picture.PictureTempPath.isEmpty())
+        return false;
+    FileError cause;
+    if (!CopyWholeFile(m_picture.PictureTempPath, path, &cause)) {
+        Raise(ProfileMessage::CreatingFileFailed, cause);
+        return false;
+    }
+    return true;
+}
+
+bool Document::ExportKeymap(const QString &path)
+{
+    return WriteKeymap(path);
+}
+
+bool Document::WriteKeymap(const QString &path)
+{
+    FileError cause;
+    if (!WriteKeymapText(m_keymap, path, &cause)) {
+        Raise(ProfileMessage::CreatingFileFailed, cause);
+        return false;
+    }
+    return true;
+}
