@@ -109,6 +109,8 @@ private slots:
         // Nothing is written when the keymap cannot be read, not even a profile of the defaults.
         row("pack a missing keymap", u"pack %1/p.png %1/typo.kcf %1/out"_s, 1,
             "Programinternal Error:\n53 File not found");
+        row("pack a keymap with errors", u"pack %1/p.png "_s + m_withErrors + u" %1/out"_s, 1,
+            "By reading of the following keys raised an error:\n");
         row("show a keymap beyond 256 MB", u"show %1/huge.kcf"_s, 1,
             "Programinternal Error:\n7 Out of memory\n%1/huge.kcf: the file is too large\n");
         row("show a profile without entries", u"show %1/empty.hid"_s, 1, "The Archive contained no Files !");
