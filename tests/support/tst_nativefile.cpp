@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QUrl>
 
 #include <unistd.h>
 
@@ -46,6 +47,8 @@ private slots:
         QFETCH(QString, text);
         QCOMPARE(DecodeFileName(bytes), text);
         QCOMPARE(EncodeFileName(text), bytes);
+        // A dropped file's URL carries the same bytes, percent-encoded.
+        QCOMPARE(LocalFileFromUrl(QUrl::fromEncoded("file:///d/" + bytes.toPercentEncoding())), u"/d/"_s + text);
         QVERIFY(WriteWholeFile(Path(text), "x"));
         QCOMPARE(::access((QFile::encodeName(m_dir.path()) + '/' + bytes).constData(), F_OK), 0);
         const QString previous = QDir::currentPath();
