@@ -132,7 +132,7 @@ int main(int argc, char *argv[])
     const QString settings = dir.filePath(u"settings.ini"_s);
     {
         SettingsStore store(settings);
-        store.WritePort(0, u"/dev/rfcomm0"_s, 115200);
+        store.WritePort(*SerialPort::Parse(u"/dev/rfcomm0"_s), 115200);
         (void)store.Sync();
     }
     const QString self = QCoreApplication::applicationFilePath();

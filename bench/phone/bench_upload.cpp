@@ -41,9 +41,8 @@ double PutSeconds(qint64 lineBps, qsizetype size)
         data[i] = char(i * 31 % 251);
 
     UploadRequest request;
-    request.Port.PortName = phone.PortName();
-    request.Port.ComPort = 1;
-    request.Port.Speed = 115200;
+    request.Port = *SerialPort::Parse(phone.PortName());
+    request.Speed = 115200;
     request.RemoteName = u"Bench.hid"_s;
     request.OpenPauseMs = 0;
     QFile file(copyPath);

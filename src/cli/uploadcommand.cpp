@@ -2,7 +2,7 @@
 #include "uploadcommand.h"
 
 #include "clioutput.h"
-#include "phone/profileupload.h"
+#include "phone/uploadjob.h"
 #include "phone/uploadsignalguard.h"
 #include "profile/picture.h"
 #include "profile/profilearchive.h"
@@ -11,8 +11,8 @@
 #include "settings/filemessage.h"
 #include "settings/languagetext.h"
 
+#include <QEventLoop>
 #include <QFile>
-#include <QRegularExpression>
 
 #include <algorithm>
 #include <cstdio>
@@ -55,19 +55,6 @@ int UsageError(const QString &message)
     return ExitStatus::Usage;
 }
 
-PortSettings PortFromArgument(const QString &port, qint32 speed)
-{
-    PortSettings settings;
-    settings.Speed = speed;
-    settings.PortName = port;
-#ifdef Q_OS_WIN
-    static const QRegularExpression comPort(u"^(?:COM)?([0-9]+)$"_s, QRegularExpression::CaseInsensitiveOption);
-    if (const QRegularExpressionMatch match = comPort.match(port); match.hasMatch())
-        settings.ComPort = match.captured(1).toInt();
-#endif
-    return settings;
-}
-
 // A profile lists as a tar archive with a picture entry and a keymap entry;
 // only the headers are read, however large the file.
 bool IsProfileFile(const QString &path)
@@ -88,7 +75,7 @@ bool IsProfileFile(const QString &path)
 // terminal line.
 QByteArray ProgressBar(qint64 bytesSent, qint64 total, qint32 rate)
 {
-    const int percent = ProfileUpload::Percent(bytesSent, total);
+    const int percent = UploadJob::Percent(bytesSent, total);
     const int filled = percent * ProgressBarWidth / 100;
     return "\r[" + QByteArray(filled, '#') + QByteArray(ProgressBarWidth - filled, '.') + "] "
            + QByteArray::number(percent).rightJustified(3) + "%  " + QByteArray::number(double(bytesSent) / 1024, 'f', 1)
@@ -155,33 +142,40 @@ int RunUpload(const QStringList &arguments)
 
     // The user's file is finished already: it is sent as it is, not copied.
     UploadRequest request;
-    request.Port = PortFromArgument(port, speed);
+    request.Port = SerialPort::Parse(port).value_or(SerialPort());
+    request.Speed = speed;
     request.RemoteName = name.isEmpty() ? RemoteProfileName(profile) : name;
     request.ProfilePath = profile;
     request.OwnsProfile = false;
 
-    ProfileUpload upload(request);
+    const std::unique_ptr<UploadJob> upload = MakeUploadJob(request);
     const bool terminal = StdoutIsTerminal();
     bool barShown = false;
-    QObject::connect(&upload, &ProfileUpload::StatusChanged, [&](const QString &text) {
+    QObject::connect(upload.get(), &UploadJob::StatusChanged, [&](const QString &text) {
         WriteStdout((barShown ? "\n" : "") + ConsoleLine(text) + '\n');
         barShown = false;
     });
     // The status line of each piece only repeats the sending line: a terminal
     // gets a bar with the figures instead.
-    QObject::connect(&upload, &ProfileUpload::ProgressChanged,
+    QObject::connect(upload.get(), &UploadJob::ProgressChanged,
                      [&](qint64 bytesSent, qint64 total, qint32 rate, const QString &) {
                          if (!terminal)
                              return;
                          WriteStdout(ProgressBar(bytesSent, total, rate));
                          barShown = true;
                      });
+    QEventLoop loop;
+    UploadResult result = UploadResult::Failed;
+    QObject::connect(upload.get(), &UploadJob::Finished, &loop, [&](UploadResult ended) {
+        result = ended;
+        loop.quit();
+    });
 
     int signalNumber = 0;
-    UploadResult result = UploadResult::Failed;
     {
-        const UploadSignalGuard guard(upload, DeleteTempFilesFromSignalHandler);
-        result = upload.Run();
+        const UploadSignalGuard guard(*upload, DeleteTempFilesFromSignalHandler);
+        upload->Start();
+        loop.exec();
         signalNumber = guard.Received();
     }
     if (barShown)
@@ -201,6 +195,6 @@ int RunUpload(const QStringList &arguments)
     case UploadResult::Failed:
         break;
     }
-    Complain(upload.ErrorText());
+    Complain(upload->ErrorText());
     return ExitStatus::Failure;
 }

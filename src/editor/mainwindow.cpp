@@ -481,8 +481,7 @@ void MainWindow::OpenSettings()
 void MainWindow::TakeStoredSettings()
 {
     const Settings stored = m_store.Read();
-    m_settings.COMPort = stored.COMPort;
-    m_settings.PortName = stored.PortName;
+    m_settings.Port = stored.Port;
     m_settings.Speed = stored.Speed;
     if (stored.Language != m_settings.Language) {
         // A new language shows at once.
@@ -495,7 +494,8 @@ void MainWindow::TakeStoredSettings()
 void MainWindow::SendProfile()
 {
     UploadRequest request;
-    request.Port = PortSettings{m_settings.COMPort, m_settings.PortName, m_settings.Speed};
+    request.Port = m_settings.Port;
+    request.Speed = m_settings.Speed;
     request.RemoteName = RemoteProfileName(m_document->CurrentFile());
     // Called by the upload window on this thread, before its worker starts.
     const auto writeProfileCopy = [this] {

@@ -102,10 +102,8 @@ SettingsWindow::SettingsWindow(SettingsStore &store, FileTypes &fileTypes, QWidg
     m_port->setEditable(true);
     m_port->setInsertPolicy(QComboBox::NoInsert);
     m_port->addItems(OfferedPorts());
-#ifdef Q_OS_WIN
-    m_port->setCurrentText(settings.COMPort != 0 ? u"COM%1"_s.arg(settings.COMPort) : QString());
-#else
-    m_port->setCurrentText(settings.PortName);
+    m_port->setCurrentText(settings.Port.Name());
+#ifndef Q_OS_WIN
     m_port->lineEdit()->setPlaceholderText(u"/dev/rfcomm0"_s);
 #endif
     m_speed = new QComboBox(connection);
@@ -150,24 +148,14 @@ void SettingsWindow::accept()
     if (!chosen.isEmpty())
         m_store.WriteLanguage(chosen.first()->data(Qt::UserRole).toString());
 
-    const QString port = m_port->currentText().trimmed();
-    if (!port.isEmpty()) {
-#ifdef Q_OS_WIN
-        QString digits = port;
-        digits.remove("COM"_L1, Qt::CaseInsensitive);
-        bool ok = false;
-        const int number = digits.toInt(&ok);
-        if (ok)
-            settings.COMPort = static_cast<std::int16_t>(number);
-#else
-        settings.PortName = port;
-#endif
-    }
+    // A blank port box, or a text that names no port, keeps the port.
+    if (const std::optional<SerialPort> port = SerialPort::Parse(m_port->currentText().trimmed()))
+        settings.Port = *port;
     bool numeric = false;
     const qint64 speed = m_speed->currentText().trimmed().toLongLong(&numeric);
     if (numeric)
         settings.Speed = SpeedInRange(speed);
-    m_store.WritePort(settings.COMPort, settings.PortName, settings.Speed);
+    m_store.WritePort(settings.Port, settings.Speed);
     (void)m_store.Sync();
     QDialog::accept();
 }

@@ -11,7 +11,6 @@
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QThread>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -31,11 +30,12 @@ QString WindowText(const QString &key, const QString &english)
 } // namespace
 
 UploadWindow::UploadWindow(UploadRequest request, std::function<QString()> writeProfileCopy,
-                           EditorDialogs &dialogs, QWidget *parent)
+                           EditorDialogs &dialogs, QWidget *parent, UploadJobMaker makeJob)
     : QDialog(parent)
     , m_dialogs(dialogs)
     , m_request(std::move(request))
     , m_writeProfileCopy(std::move(writeProfileCopy))
+    , m_makeJob(std::move(makeJob))
 {
     setModal(true);
     setWindowTitle(WindowText(u"Caption"_s, u"Fileupload"_s));
@@ -66,13 +66,7 @@ UploadWindow::UploadWindow(UploadRequest request, std::function<QString()> write
     connect(m_okButton, &QPushButton::clicked, this, &QDialog::accept);
 }
 
-UploadWindow::~UploadWindow()
-{
-    if (m_worker && m_worker->isRunning()) {
-        m_upload->Abort();
-        m_worker->wait();
-    }
-}
+UploadWindow::~UploadWindow() = default;
 
 void UploadWindow::showEvent(QShowEvent *event)
 {
@@ -90,25 +84,20 @@ void UploadWindow::StartTransfer()
 {
     // Writing the copy may raise messages of the document's own (such as a
     // missing picture); an empty path then ends the upload as a failed copy.
-    // The worker only ever sees the finished copy: the document belongs to
-    // this thread.
-    if (IsPortConfigured(m_request.Port) && !m_abortRequested && m_writeProfileCopy)
+    // The job only ever sees the finished copy: the document belongs to this
+    // thread.
+    if (m_request.HasConnection() && !m_abortRequested && m_writeProfileCopy)
         m_request.ProfilePath = m_writeProfileCopy();
     m_request.OwnsProfile = true;
-    m_upload = std::make_unique<ProfileUpload>(m_request);
+    m_job = m_makeJob(m_request);
     if (m_abortRequested)
-        m_upload->Abort();
-    // The job lives on this thread and reports from the worker: queued.
-    connect(m_upload.get(), &ProfileUpload::StatusChanged, m_status, &QLabel::setText, Qt::QueuedConnection);
-    connect(m_upload.get(), &ProfileUpload::ProgressChanged, this, &UploadWindow::ShowProgress,
-            Qt::QueuedConnection);
-    m_signals = std::make_unique<UploadSignalGuard>(*m_upload, DeleteTempFilesFromSignalHandler);
+        m_job->Abort();
+    connect(m_job.get(), &UploadJob::StatusChanged, m_status, &QLabel::setText);
+    connect(m_job.get(), &UploadJob::ProgressChanged, this, &UploadWindow::ShowProgress);
+    connect(m_job.get(), &UploadJob::Finished, this, &UploadWindow::TransferEnded);
+    m_signals = std::make_unique<UploadSignalGuard>(*m_job, DeleteTempFilesFromSignalHandler);
     connect(m_signals.get(), &UploadSignalGuard::Arrived, this, &UploadWindow::AbortTransfer);
-
-    m_worker.reset(QThread::create([this] { m_result = m_upload->Run(); }));
-    m_worker->setObjectName(u"upload"_s);
-    connect(m_worker.get(), &QThread::finished, this, &UploadWindow::TransferEnded, Qt::QueuedConnection);
-    m_worker->start();
+    m_job->Start();
 }
 
 void UploadWindow::AbortTransfer()
@@ -116,8 +105,8 @@ void UploadWindow::AbortTransfer()
     if (!m_running)
         return;
     m_abortRequested = true;
-    if (m_upload)
-        m_upload->Abort();
+    if (m_job)
+        m_job->Abort();
     m_abortButton->setEnabled(false);
 }
 
@@ -132,15 +121,15 @@ void UploadWindow::done(int result)
 
 void UploadWindow::ShowProgress(qint64 bytesSent, qint64 total, qint32 /*rate*/, const QString &text)
 {
-    const int percent = ProfileUpload::Percent(bytesSent, total);
-    setWindowTitle(ProfileUpload::ProgressCaption(percent));
+    const int percent = UploadJob::Percent(bytesSent, total);
+    setWindowTitle(UploadJob::ProgressCaption(percent));
     m_progress->setValue(percent);
     m_status->setText(text);
 }
 
-void UploadWindow::TransferEnded()
+void UploadWindow::TransferEnded(UploadResult result)
 {
-    m_worker->wait();
+    m_result = result;
     m_running = false;
     m_endedBySignal = m_signals->Received();
     m_signals.reset();
@@ -152,7 +141,7 @@ void UploadWindow::TransferEnded()
         QDialog::done(QDialog::Rejected);
         return;
     case UploadResult::Failed:
-        m_dialogs.ShowMessage(this, DocumentMessage{m_upload->ErrorText(),
+        m_dialogs.ShowMessage(this, DocumentMessage{m_job->ErrorText(),
                                                     LanguageText(u"Errors"_s, u"Caption"_s, u"Error"_s),
                                                     DocumentMessage::Icon::Critical});
         QDialog::done(QDialog::Rejected);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "phone/profileupload.h"
+#include "phone/uploadjob.h"
 
 #include <QDialog>
 #include <QString>
@@ -13,19 +13,19 @@ class EditorDialogs;
 class QLabel;
 class QProgressBar;
 class QPushButton;
-class QThread;
 class UploadSignalGuard;
 
 // The window that sends the open profile to the phone: one status line, a
 // progress bar with the percentage also in the caption, Abort and OK. The
-// transfer starts as soon as the window is shown and runs on a worker thread,
-// so the window keeps painting and Abort can be pressed at any time.
+// transfer starts as soon as the window is shown; its job never blocks this
+// thread, so the window keeps painting and Abort can be pressed at any time.
 //
 // Abort, Escape and closing the window by its frame all abort the transfer;
 // it then ends after the current packet and the window closes without a
 // message. A failure ends with one message box, after which the window closes.
 // After a success the window stays open with the success line until OK. The
-// window does not close, and is not destroyed, before the worker has ended.
+// window does not close before the job has finished; destroying it ends the
+// job first.
 //
 // While the transfer runs, SIGINT, SIGTERM and SIGHUP end it as Abort does (the
 // port closed, the copy deleted); EndedBySignal() then tells the owner to end
@@ -38,11 +38,11 @@ public:
     // writeProfileCopy writes the profile into a new temporary file and returns
     // its path, or "" on failure. It is called on the window's own thread when
     // the transfer starts (so it may use the document and raise messages), and
-    // only when a port is configured; the copy is sent as request's profile and
-    // deleted at the end, however the transfer ends. Error messages go through
-    // dialogs.
+    // only when the request has a connection; the copy is sent as request's
+    // profile and deleted at the end, however the transfer ends. makeJob makes
+    // the job that carries it. Error messages go through dialogs.
     UploadWindow(UploadRequest request, std::function<QString()> writeProfileCopy, EditorDialogs &dialogs,
-                 QWidget *parent = nullptr);
+                 QWidget *parent = nullptr, UploadJobMaker makeJob = MakeUploadJob);
     ~UploadWindow() override;
 
     bool IsRunning() const { return m_running; }
@@ -66,16 +66,15 @@ private:
     void StartTransfer();
     void AbortTransfer();
     void ShowProgress(qint64 bytesSent, qint64 total, qint32 rate, const QString &text);
-    void TransferEnded();
+    void TransferEnded(UploadResult result);
 
     EditorDialogs &m_dialogs;
     UploadRequest m_request;
     std::function<QString()> m_writeProfileCopy;
-    // Made when the transfer starts, with the finished copy.
-    std::unique_ptr<ProfileUpload> m_upload;
+    UploadJobMaker m_makeJob;
+    // Made when the transfer starts, with the finished copy; the guard goes first.
+    std::unique_ptr<UploadJob> m_job;
     std::unique_ptr<UploadSignalGuard> m_signals;
-    std::unique_ptr<QThread> m_worker;
-    // Set by the worker, read once it has ended.
     UploadResult m_result = UploadResult::Failed;
     bool m_started = false;
     bool m_running = false;

@@ -15,7 +15,6 @@ namespace {
 
 const QString WindowSection = u"FileuploadWindow"_s;
 const QString ErrorSection = u"Errors"_s;
-constexpr QLatin1StringView ProfileExtension = ".hid"_L1;
 constexpr int PauseSliceMs = 50;
 
 QString WindowText(const QString &key, const QString &defaultText)
@@ -24,12 +23,12 @@ QString WindowText(const QString &key, const QString &defaultText)
 }
 
 // What "%p" alone stands for: the port number on Windows, the name elsewhere.
-QString PortNumberText(const PortSettings &port)
+QString PortNumberText(const SerialPort &port)
 {
 #ifdef Q_OS_WIN
-    return QString::number(port.ComPort);
+    return QString::number(port.Number());
 #else
-    return port.PortName;
+    return port.Name();
 #endif
 }
 
@@ -47,46 +46,14 @@ UploadError OpenError(PortOpenError error)
     }
 }
 
-QString FileNamePart(const QString &path)
-{
-    // Paths may come with either separator, whatever the system.
-    const qsizetype slash = std::max(path.lastIndexOf(u'/'), path.lastIndexOf(u'\\'));
-    return path.mid(slash + 1);
-}
-
 } // namespace
 
-QString SerialPortName(const PortSettings &port)
+QString FillPortPlaceholder(const QString &text, const SerialPort &port)
 {
-#ifdef Q_OS_WIN
-    return port.ComPort > 0 ? "COM"_L1 + QString::number(port.ComPort) : QString();
-#else
-    return port.PortName;
-#endif
+    return FillPlaceholders(text, {{"COM%p"_L1, port.Name()}, {"%p"_L1, PortNumberText(port)}});
 }
 
-bool IsPortConfigured(const PortSettings &port)
-{
-    return !SerialPortName(port).isEmpty() && port.Speed != 0;
-}
-
-QString FillPortPlaceholder(const QString &text, const PortSettings &port)
-{
-    return FillPlaceholders(text, {{"COM%p"_L1, SerialPortName(port)}, {"%p"_L1, PortNumberText(port)}});
-}
-
-QString RemoteProfileName(const QString &documentPath)
-{
-    if (documentPath.isEmpty())
-        return LanguageText(u"CommonDialog"_s, u"File_Unnamed"_s, u"Unnamed"_s) + ProfileExtension;
-    QString name = FileNamePart(documentPath);
-    const qsizetype dot = name.lastIndexOf(u'.');
-    if (dot >= 0)
-        name.truncate(dot);
-    return name + ProfileExtension;
-}
-
-QString UploadErrorText(UploadError error, const PortSettings &port, const PortHolder &holder)
+QString UploadErrorText(UploadError error, const SerialPort &port, const PortHolder &holder)
 {
     const auto notConnected = [] {
         return LanguageText(ErrorSection, u"9"_s, u"Couldn't connect to COM%p !"_s) + "\r\n"_L1;
@@ -117,7 +84,7 @@ QString UploadErrorText(UploadError error, const PortSettings &port, const PortH
                                     + LanguageText(ErrorSection, u"PortHeld"_s,
                                                    u"COM%p is open in another program (%a, process %i). "
                                                    "Let it close the port or end it, then try once more."_s),
-                                {{"COM%p"_L1, SerialPortName(port)},
+                                {{"COM%p"_L1, port.Name()},
                                  {"%p"_L1, PortNumberText(port)},
                                  {"%a"_L1, holder.Program},
                                  {"%i"_L1, QString::number(holder.ProcessId)}});
@@ -178,16 +145,6 @@ QString ProfileUpload::SendingText(qint64 bytesSent, qint32 rate) const
                                             {"%r"_L1, QString::number(std::lround(rate / 1024.0))}});
 }
 
-int ProfileUpload::Percent(qint64 bytesSent, qint64 total)
-{
-    return total > 0 ? int(bytesSent * 100 / total) : 100;
-}
-
-QString ProfileUpload::ProgressCaption(int percent)
-{
-    return QString::number(percent) + "%  "_L1 + WindowText(u"Caption"_s, u"Fileupload"_s);
-}
-
 void ProfileUpload::Status(const QString &text)
 {
     emit StatusChanged(text);
@@ -218,7 +175,6 @@ UploadResult ProfileUpload::Run()
         qCWarning(lcPhone) << "could not delete" << profile;
     if (IsAborted())
         result = UploadResult::Aborted;
-    emit Finished(result);
     return result;
 }
 
@@ -227,7 +183,7 @@ UploadResult ProfileUpload::Transfer()
     const auto ended = [this](bool stepDone) { return !stepDone || IsAborted(); };
     const auto failed = [this] { return m_error == UploadError::None ? UploadResult::Aborted : UploadResult::Failed; };
 
-    if (!IsPortConfigured(m_request.Port)) {
+    if (!m_request.HasConnection()) {
         Fail(UploadError::PortNotSet);
         return UploadResult::Failed;
     }
@@ -239,7 +195,7 @@ UploadResult ProfileUpload::Transfer()
         return failed();
 
     Status(FillPortPlaceholder(WindowText(u"Status2"_s, u"Opening COM%p ..."_s), m_request.Port));
-    const bool opened = m_link.OpenPort(SerialPortName(m_request.Port), m_request.Port.Speed);
+    const bool opened = m_link.OpenPort(m_request.Port.Name(), m_request.Speed);
     if (!opened)
         Fail(OpenError(m_link.LastOpenError()));
     if (ended(opened))

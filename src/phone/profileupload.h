@@ -3,31 +3,16 @@
 
 #include "obexsession.h"
 #include "seriallink.h"
+#include "uploadjob.h"
 
 #include <QObject>
 #include <QString>
 
 #include <atomic>
 
-// The configured serial port. 0 or empty means "not configured".
-struct PortSettings
-{
-    int ComPort = 0; // Windows: the number n of COMn
-    QString PortName; // elsewhere: the device, e.g. /dev/rfcomm0
-    qint32 Speed = 0; // bit/s
-};
-
-// "COM3" on Windows, the device name elsewhere; "" when not configured.
-QString SerialPortName(const PortSettings &port);
-bool IsPortConfigured(const PortSettings &port);
 // "COM%p" becomes the port's name; any other "%p" the port number on Windows,
 // the name elsewhere.
-QString FillPortPlaceholder(const QString &text, const PortSettings &port);
-
-// The name a document is sent under: its file name without folder and
-// extension, plus ".hid"; the localised "Unnamed.hid" for a document never saved
-// (documentPath "").
-QString RemoteProfileName(const QString &documentPath);
+QString FillPortPlaceholder(const QString &text, const SerialPort &port);
 
 // What ended an upload in failure.
 enum class UploadError {
@@ -47,30 +32,14 @@ enum class UploadError {
 
 // The user's message for an error, in the active language; holder names the
 // program for PortHeld.
-QString UploadErrorText(UploadError error, const PortSettings &port, const PortHolder &holder = {});
+QString UploadErrorText(UploadError error, const SerialPort &port, const PortHolder &holder = {});
 
-enum class UploadResult { Succeeded, Failed, Aborted };
-
-struct UploadRequest
-{
-    PortSettings Port;
-    QString RemoteName;
-    // The finished profile file to send; "" when it could not be written.
-    QString ProfilePath;
-    // Whether the upload owns that file (a copy written for it): it then
-    // deletes the file when it ends, on every path.
-    bool OwnsProfile = false;
-    int ReadTimeoutMs = DefaultReadTimeoutMs;
-    // The pause between opening the port and the first command.
-    int OpenPauseMs = 1000;
-};
-
-// One upload of a profile to the phone: open the port, switch the phone to
-// OBEX, connect, put, disconnect; the port is closed and an owned profile file
-// deleted however it ends. A name too long to send is refused before the port
-// is opened. Run() blocks; a window runs it on a worker thread
-// (the signals then arrive queued on the window's thread) and calls Abort()
-// from its own. Run it once per object.
+// One upload of a profile over the serial line: open the port, switch the
+// phone to OBEX, connect, put, disconnect; the port is closed and an owned
+// profile file deleted however it ends. A name too long to send is refused
+// before the port is opened. Run() blocks and reports on the thread that runs
+// it (SerialUploadJob runs it on a thread of its own); Abort() may come from
+// any thread. Run it once per object.
 class ProfileUpload : public QObject
 {
     Q_OBJECT
@@ -90,17 +59,11 @@ public:
     QString ErrorText() const;
     qint64 TotalSize() const { return m_totalSize; }
 
-    // The whole-number percentage of a transfer, 100 for an empty one.
-    static int Percent(qint64 bytesSent, qint64 total);
-    // "42%  " followed by the localised window caption.
-    static QString ProgressCaption(int percent);
-
 signals:
     // A new status line.
     void StatusChanged(const QString &text);
     // After each acknowledged piece: progress and the status line that says it.
     void ProgressChanged(qint64 bytesSent, qint64 total, qint32 rate, const QString &text);
-    void Finished(UploadResult result);
 
 private:
     UploadResult Transfer();

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "uploadsignalguard.h"
 
-#include "profileupload.h"
 #include "seriallink.h"
+#include "uploadjob.h"
 
 #include <QSocketNotifier>
 
@@ -27,10 +27,10 @@ constexpr std::array<int, 2> WatchedSignals = {SIGINT, SIGTERM};
 #endif
 
 // Shared with the handlers, so lock-free atomics only.
-std::atomic<ProfileUpload *> g_upload{nullptr};
+std::atomic<UploadJob *> g_job{nullptr};
 std::atomic<int> g_received{0};
 std::atomic<void (*)()> g_cleanUp{nullptr};
-static_assert(std::atomic<ProfileUpload *>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
+static_assert(std::atomic<UploadJob *>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
 
 #ifdef Q_OS_UNIX
 std::atomic<int> g_wakeUpWrite{-1};
@@ -54,8 +54,8 @@ extern "C" void AbortUpload(int signalNumber)
     int none = 0;
     if (!g_received.compare_exchange_strong(none, signalNumber))
         EndAtOnce(signalNumber);
-    if (ProfileUpload *upload = g_upload.load())
-        upload->Abort();
+    if (UploadJob *job = g_job.load())
+        job->AbortFromSignalHandler();
 #ifdef Q_OS_UNIX
     const int savedErrno = errno;
     ::alarm(UploadSignalGuard::EndAnywaySeconds);
@@ -77,12 +77,13 @@ extern "C" void EndAnyway(int)
 
 } // namespace
 
-UploadSignalGuard::UploadSignalGuard(ProfileUpload &upload, void (*cleanUp)(), QObject *parent)
+UploadSignalGuard::UploadSignalGuard(UploadJob &job, void (*cleanUp)(), QObject *parent)
     : QObject(parent)
+    , m_job(job)
 {
     g_received.store(0);
     g_cleanUp.store(cleanUp);
-    g_upload.store(&upload);
+    g_job.store(&job);
 #ifdef Q_OS_UNIX
     int wakeUp[2] = {-1, -1};
     if (::pipe2(wakeUp, O_CLOEXEC | O_NONBLOCK) == 0) {
@@ -135,7 +136,7 @@ UploadSignalGuard::~UploadSignalGuard()
     for (std::size_t i = 0; i < WatchedSignals.size(); ++i)
         std::signal(WatchedSignals[i], g_previous[i] == SIG_ERR ? SIG_DFL : g_previous[i]);
 #endif
-    g_upload.store(nullptr);
+    g_job.store(nullptr);
     g_cleanUp.store(nullptr);
 }
 
@@ -151,6 +152,8 @@ void UploadSignalGuard::TakeWakeUp()
     while (::read(m_wakeUpRead, wakeUps, sizeof wakeUps) > 0) {
     }
 #endif
+    // What the handler could not do, such as asking another process to stop.
+    m_job.Abort();
     emit Arrived(g_received.load());
 }
 

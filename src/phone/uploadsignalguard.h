@@ -5,22 +5,25 @@
 
 #include <memory>
 
-class ProfileUpload;
 class QSocketNotifier;
+class UploadJob;
 
-// While a guard lives, SIGINT, SIGTERM and SIGHUP do to the upload what its
-// Abort does instead of ending the program at once, so the port is closed (a
-// port left open in exclusive mode refuses the next program) and the copy
-// deleted; once Run() has returned, the owner ends the program as the signal
-// would have (EndAsSignalled). A second signal, or an upload still running
-// EndAnywaySeconds after the first, ends the program at once all the same:
-// every open port is taken out of exclusive mode, cleanUp runs (it must be
-// async-signal-safe, such as DeleteTempFilesFromSignalHandler) and the signal
-// takes its usual course. A signal the program ignores stays ignored.
+// While a guard lives, SIGINT, SIGTERM and SIGHUP abort the upload instead of
+// ending the program at once, so the port is closed (a port left open in
+// exclusive mode refuses the next program) and the copy deleted: the handler
+// calls the job's AbortFromSignalHandler, and once the guard's thread is back
+// in its event loop, the job's Abort. When the job has finished, the owner
+// ends the program as the signal would have (EndAsSignalled). A second
+// signal, or an upload still running EndAnywaySeconds after the first, ends
+// the program at once all the same: every open port is taken out of exclusive
+// mode, cleanUp runs (it must be async-signal-safe, such as
+// DeleteTempFilesFromSignalHandler) and the signal takes its usual course. A
+// signal the program ignores stays ignored.
 //
-// One guard at a time, made on a thread with an event loop when Arrived is
-// wanted; it must outlive the upload's Run(). On Windows only SIGINT and
-// SIGTERM are watched, without the time limit.
+// One guard at a time, made on the job's thread, which runs an event loop; it
+// lives from before Start() until the job has finished, and never longer than
+// the job. On Windows only SIGINT and SIGTERM are watched, without the time
+// limit, and only the handler aborts.
 class UploadSignalGuard : public QObject
 {
     Q_OBJECT
@@ -28,7 +31,7 @@ class UploadSignalGuard : public QObject
 public:
     static constexpr unsigned EndAnywaySeconds = 3;
 
-    UploadSignalGuard(ProfileUpload &upload, void (*cleanUp)(), QObject *parent = nullptr);
+    UploadSignalGuard(UploadJob &job, void (*cleanUp)(), QObject *parent = nullptr);
     ~UploadSignalGuard() override;
     UploadSignalGuard(const UploadSignalGuard &) = delete;
     UploadSignalGuard &operator=(const UploadSignalGuard &) = delete;
@@ -42,12 +45,13 @@ public:
 
 signals:
     // The first signal, through the event loop of the guard's thread, after
-    // the upload was told to abort.
+    // the job was told to abort.
     void Arrived(int signalNumber);
 
 private:
     void TakeWakeUp();
 
+    UploadJob &m_job;
     int m_wakeUpRead = -1;
     std::unique_ptr<QSocketNotifier> m_notifier;
 };

@@ -3,6 +3,7 @@
 
 #include <QSettings>
 
+#include <cstdint>
 #include <limits>
 
 using namespace Qt::StringLiterals;
@@ -21,6 +22,12 @@ int ToInt(const QVariant &value)
     if (!ok || number < std::numeric_limits<std::int32_t>::min() || number > std::numeric_limits<std::int32_t>::max())
         return 0;
     return static_cast<int>(number);
+}
+
+// The port number is kept in 16 bits, as it always was.
+int PortNumberIn16Bits(int number)
+{
+    return static_cast<std::int16_t>(number);
 }
 
 } // namespace
@@ -77,9 +84,11 @@ Settings SettingsStore::Read() const
     settings.Top = ToInt(Value(u"Top"_s));
     const QVariant speed = Value(u"Speed"_s);
     settings.Speed = SpeedInRange(speed.isValid() ? speed.toLongLong() : 0);
-    // The number is kept in 16 bits, as it always was.
-    settings.COMPort = static_cast<std::int16_t>(ToInt(Value(u"COMPort"_s)));
-    settings.PortName = String(u"PortName"_s);
+#ifdef Q_OS_WIN
+    settings.Port = SerialPort::FromNumber(PortNumberIn16Bits(ToInt(Value(u"COMPort"_s))));
+#else
+    settings.Port = SerialPort::Parse(String(u"PortName"_s)).value_or(SerialPort());
+#endif
     return settings;
 }
 
@@ -99,10 +108,15 @@ void SettingsStore::WriteLanguage(const QString &language)
     m_user->setValue(u"Language"_s, language);
 }
 
-void SettingsStore::WritePort(std::int16_t comPort, const QString &portName, int speed)
+void SettingsStore::WritePort(const SerialPort &port, int speed)
 {
-    m_user->setValue(u"COMPort"_s, int(comPort));
-    m_user->setValue(u"PortName"_s, portName);
+#ifdef Q_OS_WIN
+    m_user->setValue(u"COMPort"_s, PortNumberIn16Bits(port.Number()));
+    m_user->setValue(u"PortName"_s, String(u"PortName"_s));
+#else
+    m_user->setValue(u"COMPort"_s, PortNumberIn16Bits(ToInt(Value(u"COMPort"_s))));
+    m_user->setValue(u"PortName"_s, port.Name());
+#endif
     m_user->setValue(u"Speed"_s, speed);
 }
 

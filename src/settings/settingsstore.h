@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "serialport.h"
+
 #include <QString>
 #include <QVariant>
 
-#include <cstdint>
 #include <memory>
 
 class QSettings;
@@ -19,15 +20,16 @@ struct Settings
     QString Language; // full path of the language file, "" = built-in English
     int Left = 0;     // main window's left edge in pixels; 0 or less = designed position
     int Top = 0;
-    int Speed = DefaultSpeed;      // serial speed in bit/s
-    std::int16_t COMPort = 0;      // Windows: "COM" + number; 0 = not configured
-    QString PortName;              // elsewhere: the device path; "" = not configured
+    int Speed = DefaultSpeed; // serial speed in bit/s
+    // Stored as COMPort (its number, in 16 bits) on Windows, elsewhere as
+    // PortName (the device path).
+    SerialPort Port;
 
     static constexpr int DefaultSpeed = 115200;
     static constexpr int HighestSpeed = 921600;
 
-    // A port to send to is configured: a port name, or a port number.
-    bool HasPort() const { return COMPort != 0 || !PortName.isEmpty(); }
+    // A port to send to is configured.
+    bool HasPort() const { return Port.IsSet(); }
 };
 
 // The speed actually used: values below 1 or above 921600 give 115200.
@@ -55,7 +57,9 @@ public:
     void WriteOnExit(const Settings &settings);
     // What the settings window writes.
     void WriteLanguage(const QString &language);
-    void WritePort(std::int16_t comPort, const QString &portName, int speed);
+    // Both COMPort and PortName are written, as they always were; the one this
+    // system does not use keeps the value it had.
+    void WritePort(const SerialPort &port, int speed);
 
     // Any other value by name ("LasthidClass"), "" when missing.
     QString String(const QString &name) const;

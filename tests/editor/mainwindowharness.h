@@ -68,7 +68,7 @@ protected:
     {
         m_store = std::make_unique<SettingsStore>(Path(QStringLiteral("settings.ini")));
         if (!portName.isEmpty()) {
-            m_store->WritePort(0, portName, 115200);
+            m_store->WritePort(*SerialPort::Parse(portName), 115200);
             (void)m_store->Sync();
         }
         m_window = std::make_unique<MainWindow>(*m_dialogs, *m_store);

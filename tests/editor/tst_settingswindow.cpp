@@ -37,7 +37,7 @@ private slots:
     {
         m_dir = std::make_unique<QTemporaryDir>();
         m_store = std::make_unique<SettingsStore>(Path(u"settings.ini"_s));
-        m_store->WritePort(0, u"/dev/rfcomm0"_s, 57600);
+        m_store->WritePort(*SerialPort::Parse(u"/dev/rfcomm0"_s), 57600);
         (void)m_store->Sync();
         m_types = std::make_unique<FileTypes>(u"/opt/padmapper/bin/padmapper"_s, Path(u"data"_s), Path(u"config"_s));
     }
@@ -72,7 +72,7 @@ private slots:
         window->reject();
         const Settings settings = SettingsStore(Path(u"settings.ini"_s)).Read();
         QCOMPARE(settings.Speed, 57600);
-        QCOMPARE(settings.PortName, u"/dev/rfcomm0"_s);
+        QCOMPARE(settings.Port.Name(), u"/dev/rfcomm0"_s);
         // Opening wrote the program's own classes, but bound no type.
         QVERIFY(QFile::exists(m_types->DesktopEntryPath()));
         QVERIFY(QFile::exists(m_types->MimePackagePath()));
@@ -80,13 +80,22 @@ private slots:
         QCOMPARE(m_types->BoundClass(FileType::Keymap), QString());
     }
 
+    void portOnOk_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("stored");
+        QTest::newRow("another port") << u"/dev/ttyUSB1"_s << u"/dev/ttyUSB1"_s;
+        QTest::newRow("typed with blanks") << u" /dev/ttyUSB1 "_s << u"/dev/ttyUSB1"_s;
+        QTest::newRow("blank keeps the port") << u"  "_s << u"/dev/rfcomm0"_s;
+    }
     void portOnOk()
     {
+        QFETCH(QString, typed);
         auto window = Open();
         QCOMPARE(window->PortBox()->currentText(), u"/dev/rfcomm0"_s);
-        window->PortBox()->setCurrentText(u"/dev/ttyUSB1"_s);
+        window->PortBox()->setCurrentText(typed);
         window->accept();
-        QCOMPARE(SettingsStore(Path(u"settings.ini"_s)).Read().PortName, u"/dev/ttyUSB1"_s);
+        QTEST(SettingsStore(Path(u"settings.ini"_s)).Read().Port.Name(), "stored");
     }
 
     void typeIsHandedBackToItsPreviousOwner()

@@ -14,6 +14,7 @@
 #include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
 
 #include <cmath>
 #include <csignal>
@@ -62,9 +63,8 @@ Outcome Upload(const QString &portName, const QByteArray &data, int abortAtProgr
     const QString copyPath = dir.filePath(u"PMX1.tmp"_s);
     Outcome outcome;
     UploadRequest request;
-    request.Port.PortName = portName;
-    request.Port.ComPort = 1;
-    request.Port.Speed = 115200;
+    request.Port = *SerialPort::Parse(portName);
+    request.Speed = 115200;
     request.RemoteName = RemoteName;
     request.ReadTimeoutMs = QuickTimeoutMs;
     request.OpenPauseMs = 0;
@@ -171,12 +171,11 @@ private slots:
 
     void errorTexts()
     {
-        PortSettings port;
-        port.PortName = u"/dev/rfcomm0"_s;
-        port.ComPort = 3;
 #ifdef Q_OS_WIN
+        const SerialPort port = SerialPort::FromNumber(3);
         QCOMPARE(UploadErrorText(UploadError::PortNotOpened, port), u"Couldn't connect to COM3 !"_s);
 #else
+        const SerialPort port = *SerialPort::Parse(u"/dev/rfcomm0"_s);
         QCOMPARE(UploadErrorText(UploadError::PortNotOpened, port), u"Couldn't connect to /dev/rfcomm0 !"_s);
         QCOMPARE(FillPortPlaceholder(u"Opening COM%p ... (%p)"_s, port), u"Opening /dev/rfcomm0 ... (/dev/rfcomm0)"_s);
 #endif
@@ -333,7 +332,7 @@ private slots:
         QFETCH(bool, copyFails);
         QFETCH(QString, name);
         const Outcome outcome = Upload(u"/dev/padmapper-none"_s, "x", 0, [&](UploadRequest &request) {
-            request.Port.Speed = speed;
+            request.Speed = speed;
             request.RemoteName = name;
             if (copyFails && QFile::remove(request.ProfilePath))
                 request.ProfilePath.clear();
@@ -354,6 +353,72 @@ private slots:
         QCOMPARE(LastRequest(phone), QByteArray("ff 00 03"));
         QVERIFY(phone.Files().isEmpty());
         QVERIFY(!outcome.CopyLeft);
+        QVERIFY(!phone.PortIsExclusive());
+    }
+
+    // The serial job runs the upload on a thread of its own and reports on the
+    // one that made it, Finished once and last; aborted or destroyed mid-transfer
+    // it closes the port and deletes its copy.
+    void serialJob_data()
+    {
+        QTest::addColumn<int>("ending"); // 0 runs to the end, 1 Abort(), 2 destroyed
+        QTest::newRow("runs to the end") << 0;
+        QTest::newRow("aborted") << 1;
+        QTest::newRow("destroyed") << 2;
+    }
+    void serialJob()
+    {
+        QFETCH(int, ending);
+        FakePhone::Options options;
+        options.LineBps = 115200;
+        FakePhone phone(options);
+        QVERIFY(phone.Start());
+        QTemporaryDir dir;
+        UploadRequest request;
+        request.Port = *SerialPort::Parse(phone.PortName());
+        request.Speed = 115200;
+        request.RemoteName = RemoteName;
+        request.OpenPauseMs = 0;
+        request.ProfilePath = dir.filePath(u"PMX1.tmp"_s);
+        request.OwnsProfile = true;
+        const QByteArray data = TestData(20000);
+        QVERIFY(WriteFile(request.ProfilePath, data));
+        QStringList events;
+        bool offThread = false;
+        const auto note = [&](const QString &event) {
+            events << event;
+            offThread |= QThread::currentThread() != thread();
+        };
+        // Without a receiver, as the console tool connects: called where emitted.
+        std::unique_ptr<UploadJob> job = MakeUploadJob(request);
+        connect(job.get(), &UploadJob::StatusChanged, [&] { note(u"status"_s); });
+        connect(job.get(), &UploadJob::ProgressChanged, [&] { note(u"progress"_s); });
+        connect(job.get(), &UploadJob::Finished, [&](UploadResult result) { note(u"finished %1"_s.arg(int(result))); });
+        job->Start();
+        QVERIFY(events.isEmpty());
+        QTRY_VERIFY_WITH_TIMEOUT(events.contains(u"progress"_s), 20000);
+        if (ending == 1)
+            job->Abort();
+        else if (ending == 2)
+            job.reset();
+        if (job)
+            QTRY_VERIFY_WITH_TIMEOUT(events.last().startsWith(u"finished"_s), 20000);
+
+        QVERIFY(!offThread);
+        QCOMPARE(events.filter(u"finished"_s).size(), ending == 2 ? 0 : 1);
+        if (ending == 0) {
+            QCOMPARE(events.last(), u"finished %1"_s.arg(int(UploadResult::Succeeded)));
+            QCOMPARE(events.count(u"status"_s), 5);
+            QCOMPARE(phone.Files().value(RemoteName), data);
+        } else {
+            QCOMPARE(LastRequest(phone), QByteArray("ff 00 03"));
+            QVERIFY(phone.Files().isEmpty());
+        }
+        if (ending == 1)
+            QCOMPARE(events.last(), u"finished %1"_s.arg(int(UploadResult::Aborted)));
+        if (job)
+            QCOMPARE(job->ErrorText(), QString());
+        QVERIFY(!QFile::exists(request.ProfilePath));
         QVERIFY(!phone.PortIsExclusive());
     }
 

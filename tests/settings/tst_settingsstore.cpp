@@ -2,6 +2,7 @@
 #include "settings/settingsstore.h"
 
 #include <QFile>
+#include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -34,7 +35,6 @@ private slots:
         QCOMPARE(settings.Speed, 115200);
         QCOMPARE(settings.Left, 0);
         QCOMPARE(settings.Top, 0);
-        QCOMPARE(settings.COMPort, std::int16_t(0));
         QVERIFY(!settings.HasPort());
         QVERIFY(settings.Language.isEmpty());
     }
@@ -58,10 +58,17 @@ private slots:
         QCOMPARE(SettingsStore(WriteIni("[General]\nSpeed=" + stored + "\n")).Read().Speed, speed);
     }
 
+    // The port number is Windows' value; here it is written back as it was
+    // read, in 16 bits, beside the device path.
     void portIsKeptIn16Bits()
     {
-        QCOMPARE(SettingsStore(WriteIni("[General]\nCOMPort=65539\n")).Read().COMPort, std::int16_t(3));
-        QVERIFY(SettingsStore(WriteIni("[General]\nPortName=/dev/rfcomm0\n")).Read().HasPort());
+        const QString path = WriteIni("[General]\nCOMPort=65539\n");
+        SettingsStore store(path);
+        QVERIFY(!store.Read().HasPort());
+        store.WritePort(*SerialPort::Parse(u"/dev/rfcomm0"_s), 57600);
+        QVERIFY(store.Sync());
+        QCOMPARE(QSettings(path, QSettings::IniFormat).value(u"COMPort"_s).toInt(), 3);
+        QVERIFY(SettingsStore(path).Read().HasPort());
     }
 
     void exitWritesOnlyWhatIsSet()
@@ -89,14 +96,14 @@ private slots:
         const QString path = m_dir.filePath(u"restart.ini"_s);
         {
             SettingsStore store(path);
-            store.WritePort(0, u"/dev/ttyACM0"_s, 57600);
+            store.WritePort(*SerialPort::Parse(u"/dev/ttyACM0"_s), 57600);
             store.WriteLanguage(u"/usr/share/padmapper/Deutsch.lng"_s);
             store.SetString(u"LasthidClass"_s, u"tarfile"_s);
             QVERIFY(store.Sync());
         }
         SettingsStore again(path);
         const Settings settings = again.Read();
-        QCOMPARE(settings.PortName, u"/dev/ttyACM0"_s);
+        QCOMPARE(settings.Port.Name(), u"/dev/ttyACM0"_s);
         QCOMPARE(settings.Speed, 57600);
         QCOMPARE(settings.Language, u"/usr/share/padmapper/Deutsch.lng"_s);
         QCOMPARE(again.String(u"LasthidClass"_s), u"tarfile"_s);
