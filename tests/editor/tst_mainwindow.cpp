@@ -79,7 +79,7 @@ private slots:
         for (int key = 0; key < PhoneKeys::Count; ++key) {
             QTest::mouseClick(window.Keypad()->CMD(key), Qt::LeftButton);
             QCOMPARE(window.Keypad()->ActiveButton(), key);
-            const QString name = PhoneKeyNames.at(std::size_t(key)).English.toString().remove(u'&');
+            const QString name = PhoneKeyNames.at(std::size_t(key)).Name.English.toString().remove(u'&');
             QCOMPARE(window.Editor()->title(), u"Function of Button: \"%1\""_s.arg(name));
         }
         for (const auto &[access, key] : {std::pair(Qt::Key_L, PhoneKeys::Lsk), std::pair(Qt::Key_R, PhoneKeys::Rsk)}) {

@@ -156,8 +156,8 @@ private slots:
         QVERIFY(QTest::qWaitForWindowActive(keypad));
         for (int i = 0; i < Count; ++i) {
             const PhoneKeyName &name = PhoneKeyNames.at(std::size_t(i));
-            QCOMPARE(keypad->CMD(i)->text(), name.ShowsSymbol ? QString() : name.English.toString());
-            QCOMPARE(keypad->CMD(i)->accessibleName(), name.ShowsSymbol ? name.English.toString() : QString());
+            QCOMPARE(keypad->CMD(i)->text(), name.ShowsSymbol ? QString() : name.Name.English.toString());
+            QCOMPARE(keypad->CMD(i)->accessibleName(), name.ShowsSymbol ? name.Name.English.toString() : QString());
         }
         keypad->SetActiveButton(Digit(7));
         keypad->SetActiveButton(Digit(8));
