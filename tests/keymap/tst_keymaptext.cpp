@@ -133,7 +133,7 @@ private slots:
                 << At(u"KEY_1"_s, KeyboardLine(modifier, u"04"_s)) << Digit1 << KeyAction{false, 0, 0, 65, {}}
                 << u"KEY_1\t\t-> Kein g\u00FCltiger Keyboard Modifier (%1)\r\n"_s.arg(modifier);
         }
-        // Numbers as the old numeric conversion took them, rounded half to even.
+        // Numbers in every notation a file may use, rounded half to even.
         for (const auto &[modifier, value] : {std::pair{u"5"_s, 5}, {u" &h12"_s, 18}, {u"&O22"_s, 18},
                  {u"2.5"_s, 2}, {u"3.5"_s, 4}, {u"1.8d1"_s, 18}}) {
             QTest::addRow("modifier %s", qPrintable(modifier))
