@@ -147,7 +147,10 @@ void FakePhone::HandleLine(const QByteArray &line)
     if (answer == Answer::Silent)
         return;
     m_obexMode = answer == Answer::Connect;
-    const char *result = answer == Answer::Connect ? "CONNECT" : answer == Answer::Ok ? "OK" : "ERROR";
+    const char *result = answer == Answer::Connect ? "CONNECT"
+                         : answer == Answer::Ok    ? "OK"
+                         : answer == Answer::Error ? "ERROR"
+                                                   : "+CME ERROR: 4";
     Send(line + "\r\r\n" + result + "\r\n");
 }
 

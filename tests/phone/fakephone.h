@@ -20,7 +20,7 @@
 class FakePhone
 {
 public:
-    enum class Answer { Connect, Error, Ok, Silent };
+    enum class Answer { Connect, Error, CmeError, Ok, Silent };
 
     struct Options
     {

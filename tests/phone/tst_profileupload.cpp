@@ -198,6 +198,9 @@ private slots:
         QTest::newRow("ERROR, then CONNECT to the standard command")
             << phone([](auto &o) { o.Eobex = A::Error; }) << qsizetype(5000) << RemoteName << QString() << ok
             << QString() << 2;
+        QTest::newRow("CME error falls back too")
+            << phone([](auto &o) { o.Eobex = A::CmeError; }) << qsizetype(5000) << RemoteName << QString() << ok
+            << QString() << 2;
         QTest::newRow("OK without CONNECT") << phone([](auto &o) { o.Eobex = A::Ok; }) << qsizetype(5000) << RemoteName
                                             << QString() << failed << notStarted << 1;
         QTest::newRow("ERROR to both") << phone([](auto &o) { o.Eobex = o.Cprot = A::Error; }) << qsizetype(5000)
