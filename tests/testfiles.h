@@ -5,7 +5,13 @@
 
 #include <QByteArray>
 #include <QFile>
+#include <QProcess>
 #include <QString>
+#include <QStringList>
+
+#ifdef QT_GUI_LIB
+#include <QImage>
+#endif
 
 #ifdef Q_OS_UNIX
 #include <csignal>
@@ -27,7 +33,48 @@ inline bool WriteFile(const QString &path, const QByteArray &bytes)
     return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
 }
 
+// What a program run to its end gave; Status is -1 when it did not end
+// normally within a minute.
+struct ProgramRun
+{
+    int Status = -1;
+    QByteArray Out;
+    QByteArray Err;
+};
+
+inline ProgramRun RunProgram(const QString &program, const QStringList &arguments, const QString &folder = {},
+                             const QProcessEnvironment &environment = {})
+{
+    QProcess process;
+    process.setWorkingDirectory(folder);
+    if (!environment.isEmpty())
+        process.setProcessEnvironment(environment);
+    process.start(program, arguments);
+    ProgramRun run;
+    if (process.waitForFinished(60000) && process.exitStatus() == QProcess::NormalExit)
+        run = {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+    return run;
+}
+
+#ifdef QT_GUI_LIB
+// A picture with enough detail that it does not compress to nothing, saved in
+// the format its extension names; "" when it could not be saved.
+inline QString MakePicture(const QString &path, int width, int height)
+{
+    QImage image(width, height, QImage::Format_RGB32);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            image.setPixel(x, y, qRgb((x * 7 + y * 13) & 255, (x * y) & 255, (x ^ y) & 255));
+    return image.save(path) ? path : QString();
+}
+#endif
+
 #ifdef Q_OS_UNIX
+inline bool MakePipe(const QString &path)
+{
+    return ::mkfifo(QFile::encodeName(path).constData(), 0600) == 0;
+}
+
 // While it lives, no file of this process may grow beyond the limit: writes
 // then fail the way they do on a full disk.
 class FileSizeLimit

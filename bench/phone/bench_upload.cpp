@@ -62,7 +62,7 @@ double PutSeconds(qint64 lineBps, qsizetype size)
         else if (statuses == 5)
             seconds = double(timer.nsecsElapsed()) / 1e9;
     });
-    if (upload.Run() != UploadResult::Succeeded || phone.Files().value(request.RemoteName) != data)
+    if (upload.Run() != UploadResult::Succeeded || phone.Seen().Files.value(request.RemoteName) != data)
         return -1;
     return seconds;
 }

@@ -68,8 +68,8 @@ QString CommentOf(QStringView line)
     return TrimSpaces(line.sliced(start, close - start)).toString();
 }
 
-// A number as the old numeric test accepts it: decimal with sign, fraction
-// and exponent, or &H / &O notation; blanks around it are allowed.
+// A number as keymap files write it: decimal with sign, fraction and exponent
+// (E or D), or &H / &O notation; blanks around it are allowed.
 std::optional<double> NumericValue(QStringView text)
 {
     static const QRegularExpression decimal(
@@ -177,8 +177,8 @@ void KeymapReader::ReadKeyboard(QStringView line)
     if (modifier == "00"_L1) {
         action.Modifiers = 0;
     } else if (const std::optional<double> number = NumericValue(modifier)) {
-        // Rounded half to even, as the old integer conversion did; anything out
-        // of range ends up as 0 and so as an invalid modifier.
+        // Rounded half to even (2.5 gives 2, 3.5 gives 4); anything out of
+        // range ends up as 0 and so as an invalid modifier.
         const double rounded = std::nearbyint(*number);
         int value = std::isfinite(rounded) && std::fabs(rounded) <= 32767 ? static_cast<int>(rounded) : 0;
         action.Modifiers = static_cast<std::int16_t>(FlagsToModifier(ModifierToFlags(value)));

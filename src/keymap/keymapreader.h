@@ -15,7 +15,8 @@ struct KeymapReadErrors
     // One line per problem: key name, tab(s), message, value, ")" and CR LF.
     QString List;
     // A fault outside the keys (the file could not be read): a number and its
-    // description in the manner of the old run-time errors, 0 when none.
+    // description ("53 File not found"), the numbering users know from the
+    // error report, 0 when none.
     int InternalErrorNumber = 0;
     QString InternalErrorDescription;
     // Why the file could not be read, when the number alone does not say.

@@ -43,25 +43,37 @@ private slots:
         m_types = std::make_unique<FileTypes>(u"/opt/padmapper/bin/padmapper"_s, Path(u"data"_s), Path(u"config"_s));
     }
 
-    void speedOnOk_data()
+    // OK stores what was typed; a blank or a text that is no number keeps
+    // what was stored, a speed out of range becomes 115200.
+    void connectionOnOk_data()
     {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<int>("stored");
-        QTest::newRow("in range") << u"921600"_s << 921600;
-        QTest::newRow("one million") << u"1000000"_s << 115200;
-        QTest::newRow("zero") << u"0"_s << 115200;
-        QTest::newRow("not a number keeps the speed") << u"abc"_s << 57600;
-        QTest::newRow("blank keeps the speed") << QString() << 57600;
+        QTest::addColumn<QString>("port");
+        QTest::addColumn<QString>("speed");
+        QTest::addColumn<QString>("storedPort");
+        QTest::addColumn<int>("storedSpeed");
+        QTest::newRow("another port, typed with blanks") << u" /dev/ttyUSB1 "_s << u"921600"_s << u"/dev/ttyUSB1"_s << 921600;
+        QTest::newRow("one million") << u"/dev/rfcomm0"_s << u"1000000"_s << u"/dev/rfcomm0"_s << 115200;
+        QTest::newRow("zero") << u"/dev/rfcomm0"_s << u"0"_s << u"/dev/rfcomm0"_s << 115200;
+        QTest::newRow("not a number") << u"/dev/rfcomm0"_s << u"abc"_s << u"/dev/rfcomm0"_s << 57600;
+        QTest::newRow("blanks keep both") << u"  "_s << QString() << u"/dev/rfcomm0"_s << 57600;
     }
-    void speedOnOk()
+    void connectionOnOk()
     {
-        QFETCH(QString, typed);
-        QFETCH(int, stored);
+        QFETCH(QString, port);
+        QFETCH(QString, speed);
         auto window = Open();
+        QCOMPARE(window->PortBox()->currentText(), u"/dev/rfcomm0"_s);
         QCOMPARE(window->SpeedBox()->currentText(), u"57600"_s);
-        window->SpeedBox()->setCurrentText(typed);
+        QStringList speeds;
+        for (int i = 0; i < window->SpeedBox()->count(); ++i)
+            speeds << window->SpeedBox()->itemText(i);
+        QCOMPARE(speeds.join(u' '), u"921600 460800 256000 230400 115200 57600 19200 9600 2400"_s);
+        window->PortBox()->setCurrentText(port);
+        window->SpeedBox()->setCurrentText(speed);
         window->accept();
-        QCOMPARE(SettingsStore(Path(u"settings.ini"_s)).Read().Speed, stored);
+        const Settings settings = SettingsStore(Path(u"settings.ini"_s)).Read();
+        QTEST(settings.Port.Name(), "storedPort");
+        QTEST(settings.Speed, "storedSpeed");
     }
 
     void abortWritesNothingButRegistersTheClasses()
@@ -79,24 +91,6 @@ private slots:
         QVERIFY(QFile::exists(m_types->MimePackagePath()));
         QCOMPARE(m_types->BoundClass(FileType::Profile), QString());
         QCOMPARE(m_types->BoundClass(FileType::Keymap), QString());
-    }
-
-    void portOnOk_data()
-    {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("stored");
-        QTest::newRow("another port") << u"/dev/ttyUSB1"_s << u"/dev/ttyUSB1"_s;
-        QTest::newRow("typed with blanks") << u" /dev/ttyUSB1 "_s << u"/dev/ttyUSB1"_s;
-        QTest::newRow("blank keeps the port") << u"  "_s << u"/dev/rfcomm0"_s;
-    }
-    void portOnOk()
-    {
-        QFETCH(QString, typed);
-        auto window = Open();
-        QCOMPARE(window->PortBox()->currentText(), u"/dev/rfcomm0"_s);
-        window->PortBox()->setCurrentText(typed);
-        window->accept();
-        QTEST(SettingsStore(Path(u"settings.ini"_s)).Read().Port.Name(), "stored");
     }
 
     void bluetoothPhoneOnOk_data()
@@ -179,10 +173,10 @@ private slots:
         QVERIFY(list.open(QIODevice::ReadOnly));
         const QByteArray text = list.readAll();
         list.close();
-        QVERIFY(text.contains("text/plain=gedit.desktop;"));
-        QVERIFY(text.contains("image/png=eog.desktop;"));
-        QVERIFY(text.contains("application/x-padmapper-keymap=padmapper.desktop;"));
-        QVERIFY(text.contains("application/x-padmapper-profile=padmapper.desktop;"));
+        for (const char *entry : {"text/plain=gedit.desktop;", "image/png=eog.desktop;",
+                                  "application/x-padmapper-keymap=padmapper.desktop;",
+                                  "application/x-padmapper-profile=padmapper.desktop;"})
+            QVERIFY2(text.contains(entry), entry);
         m_types->Bind(FileType::Profile, QString());
         QCOMPARE(m_types->BoundClass(FileType::Profile), QString());
         QCOMPARE(m_types->BoundClass(FileType::Keymap), u"padmapper.desktop"_s);
@@ -205,7 +199,9 @@ private slots:
         QVERIFY2(process.exitCode() == 0, process.readAllStandardOutput().constData());
     }
 
-    void languagesFoundWithTheProgram()
+    // The languages found with the program, sorted by name; OK stores the
+    // chosen one, and without a choice the stored one stays.
+    void languageOnOk()
     {
         const auto languages = SettingsWindow::LanguageFiles();
         QStringList names;
@@ -213,32 +209,23 @@ private slots:
             names << name;
             QVERIFY(path.endsWith(name + u".lng"_s));
         }
-        QStringList sorted = names;
-        std::sort(sorted.begin(), sorted.end(), [](const QString &a, const QString &b) {
-            return a.compare(b, Qt::CaseInsensitive) < 0;
-        });
-        QCOMPARE(names, sorted);
-        const QStringList beside = QDir(QCoreApplication::applicationDirPath()).entryList({u"*.lng"_s}, QDir::Files);
-        for (const QString &file : beside)
+        QVERIFY(std::is_sorted(names.begin(), names.end(),
+                               [](const QString &a, const QString &b) { return a.compare(b, Qt::CaseInsensitive) < 0; }));
+        for (const QString &file : QDir(QCoreApplication::applicationDirPath()).entryList({u"*.lng"_s}, QDir::Files))
             QVERIFY(names.contains(file.chopped(4)));
 
-        auto window = Open();
-        QCOMPARE(window->LanguageList()->count(), int(languages.size()));
-        if (!languages.isEmpty()) {
-            window->LanguageList()->item(0)->setSelected(true);
-            window->accept();
-            QCOMPARE(SettingsStore(Path(u"settings.ini"_s)).Read().Language, languages.first().second);
-        }
-    }
-
-    void noLanguageChosenLeavesItAlone()
-    {
         m_store->WriteLanguage(u"/somewhere/Klingon.lng"_s);
         (void)m_store->Sync();
         auto window = Open();
+        QCOMPARE(window->LanguageList()->count(), int(languages.size()));
         QVERIFY(window->LanguageList()->selectedItems().isEmpty());
         window->accept();
         QCOMPARE(SettingsStore(Path(u"settings.ini"_s)).Read().Language, u"/somewhere/Klingon.lng"_s);
+        QVERIFY(!languages.isEmpty());
+        window = Open();
+        window->LanguageList()->item(0)->setSelected(true);
+        window->accept();
+        QCOMPARE(SettingsStore(Path(u"settings.ini"_s)).Read().Language, languages.first().second);
     }
 };
 

@@ -5,7 +5,6 @@
 #include "mainwindowharness.h"
 #include "profile/document.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLabel>
@@ -22,14 +21,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString RemoteName = u"Game.hid"_s;
-
-// With PADMAPPER_SCREENSHOTS naming a folder, the window is saved there as a PNG.
-void Screenshot(QWidget &window, const QString &name)
-{
-    const QString folder = qEnvironmentVariable("PADMAPPER_SCREENSHOTS");
-    if (!folder.isEmpty() && QDir().mkpath(folder))
-        window.grab().save(QDir(folder).filePath(name + ".png"_L1));
-}
+// The job's own endings, as rows of the transfer test.
+enum { Succeeds = -1, Fails = -2 };
 
 // A job the test drives: it keeps what the window asked for, and ends, once,
 // through the event loop as every job does.
@@ -95,103 +88,79 @@ class tst_UploadWindow : public QObject, MainWindowHarness
 private slots:
     void cleanup() { Close(); }
 
-    void success()
+    // However the transfer ends: a success waits for OK; Abort, Escape, the
+    // window's frame and the signals that end a program abort the job and
+    // close the window without a message (after a signal it tells the program
+    // to end); a failure shows the job's text as the one message. No copy is
+    // written without a port.
+    void transfer_data()
     {
-        Upload upload(true);
+        QTest::addColumn<int>("way"); // a signal number from 3 on
+        QTest::addColumn<bool>("hasPort");
+        QTest::addColumn<bool>("copyFails");
+        QTest::newRow("succeeds") << int(Succeeds) << true << false;
+        QTest::newRow("Abort button") << 0 << true << false;
+        QTest::newRow("Escape") << 1 << true << false;
+        QTest::newRow("closed by the frame") << 2 << true << false;
+        QTest::newRow("SIGTERM") << int(SIGTERM) << true << false;
+        QTest::newRow("SIGHUP") << int(SIGHUP) << true << false;
+        QTest::newRow("the job fails") << int(Fails) << true << false;
+        QTest::newRow("no port configured") << int(Fails) << false << false;
+        QTest::newRow("copy not written") << int(Fails) << true << true;
+    }
+    void transfer()
+    {
+        QFETCH(int, way);
+        QFETCH(bool, hasPort);
+        QFETCH(bool, copyFails);
+        Upload upload(hasPort, copyFails);
         UploadWindow &window = *upload.window;
         QCOMPARE(window.windowTitle(), u"Fileupload"_s);
         QVERIFY(!window.OkButton()->isEnabled());
         QTRY_VERIFY(upload.Started());
+        QCOMPARE(upload.writes, hasPort ? 1 : 0);
         QCOMPARE(upload.job->Request.ProfilePath, upload.copy);
         QVERIFY(upload.job->Request.OwnsProfile);
-
         emit upload.job->StatusChanged(u"Opening /dev/rfcomm0 ..."_s);
         QCOMPARE(window.StatusLabel()->text(), u"Opening /dev/rfcomm0 ..."_s);
         emit upload.job->ProgressChanged(42999, 100000, 11000, u"Sending Game.hid"_s);
         QCOMPARE(window.windowTitle(), u"42%  Fileupload"_s);
         QCOMPARE(window.Progress()->value(), 42);
         QCOMPARE(window.StatusLabel()->text(), u"Sending Game.hid"_s);
-        Screenshot(window, u"upload-sending"_s);
-        emit upload.job->StatusChanged(u"Game.hid (97.66 KB) successfully transfered to phone !"_s);
-        upload.job->End(UploadResult::Succeeded);
-        QTRY_VERIFY(!window.IsRunning());
 
-        QCOMPARE(window.Result(), UploadResult::Succeeded);
-        QVERIFY(window.isVisible());
-        QVERIFY(upload.dialogs.Shown.isEmpty());
-        QVERIFY(!window.AbortButton()->isEnabled());
-        QVERIFY(window.OkButton()->isEnabled());
-        Screenshot(window, u"upload-success"_s);
-
-        window.OkButton()->click();
-        QVERIFY(!window.isVisible());
-        QCOMPARE(window.result(), int(QDialog::Accepted));
-    }
-
-    // Abort, Escape, the window's frame and the signals that end a program
-    // all abort the job; the window then closes without a message, and after
-    // a signal tells the program to end.
-    void abortClosesSilently_data()
-    {
-        QTest::addColumn<int>("way"); // a signal number from 3 on
-        QTest::newRow("Abort button") << 0;
-        QTest::newRow("Escape") << 1;
-        QTest::newRow("closed by the frame") << 2;
-        QTest::newRow("SIGTERM") << int(SIGTERM);
-        QTest::newRow("SIGHUP") << int(SIGHUP);
-    }
-    void abortClosesSilently()
-    {
-        QFETCH(int, way);
-        Upload upload(true);
-        UploadWindow &window = *upload.window;
-        QTRY_VERIFY(upload.Started());
-
-        if (way == 0)
+        if (way == Succeeds || way == Fails) {
+            upload.job->End(way == Succeeds ? UploadResult::Succeeded : UploadResult::Failed);
+        } else if (way == 0) {
             window.AbortButton()->click();
-        else if (way == 1)
+        } else if (way == 1) {
             QTest::keyClick(&window, Qt::Key_Escape);
-        else if (way == 2)
+        } else if (way == 2) {
             QVERIFY(!window.close());
-        else
+        } else {
             QCOMPARE(std::raise(way), 0);
+        }
         QVERIFY(window.isVisible());
-        QTRY_VERIFY(!window.AbortButton()->isEnabled());
-        QTRY_VERIFY(!window.isVisible());
-
-        QCOMPARE(window.Result(), UploadResult::Aborted);
+        QTRY_VERIFY(!window.IsRunning());
+        QCOMPARE(window.AbortButton()->isEnabled(), way == Fails);
         QCOMPARE(window.EndedBySignal(), way > 2 ? way : 0);
-        QVERIFY(upload.dialogs.Shown.isEmpty());
-    }
-
-    // No copy is written without a port; whatever fails, the job's text is
-    // the one message.
-    void failureShowsOneMessage_data()
-    {
-        QTest::addColumn<bool>("hasPort");
-        QTest::addColumn<bool>("copyFails");
-        QTest::addColumn<int>("writes");
-        QTest::newRow("no port configured") << false << false << 0;
-        QTest::newRow("copy not written") << true << true << 1;
-        QTest::newRow("the job fails") << true << false << 1;
-    }
-    void failureShowsOneMessage()
-    {
-        QFETCH(bool, hasPort);
-        QFETCH(bool, copyFails);
-        Upload upload(hasPort, copyFails);
-        UploadWindow &window = *upload.window;
-        QTRY_VERIFY(upload.Started());
-        QTEST(upload.writes, "writes");
-        QCOMPARE(upload.job->Request.ProfilePath, upload.copy);
-        upload.job->End(UploadResult::Failed);
-        QTRY_VERIFY(!window.isVisible());
-
-        QCOMPARE(window.Result(), UploadResult::Failed);
-        QCOMPARE(upload.dialogs.Messages.size(), 1);
-        QCOMPARE(upload.dialogs.Messages.first().Text, u"Fileupload failed !"_s);
-        QCOMPARE(upload.dialogs.Messages.first().Title, u"Error"_s);
-        QCOMPARE(upload.dialogs.Messages.first().Kind, DocumentMessage::Icon::Critical);
+        if (way == Succeeds) {
+            QCOMPARE(window.Result(), UploadResult::Succeeded);
+            QVERIFY(window.isVisible());
+            QVERIFY(upload.dialogs.Shown.isEmpty());
+            QVERIFY(window.OkButton()->isEnabled());
+            window.OkButton()->click();
+            QVERIFY(!window.isVisible());
+            QCOMPARE(window.result(), int(QDialog::Accepted));
+            return;
+        }
+        QVERIFY(!window.isVisible());
+        QCOMPARE(window.Result(), way == Fails ? UploadResult::Failed : UploadResult::Aborted);
+        QCOMPARE(upload.dialogs.Messages.size(), way == Fails ? 1 : 0);
+        if (way == Fails) {
+            QCOMPARE(upload.dialogs.Messages.first().Text, u"Fileupload failed !"_s);
+            QCOMPARE(upload.dialogs.Messages.first().Title, u"Error"_s);
+            QCOMPARE(upload.dialogs.Messages.first().Kind, DocumentMessage::Icon::Critical);
+        }
     }
 
     // The send button opens the window on the open profile with the stored
@@ -223,7 +192,7 @@ private slots:
         QCOMPARE(caption, u"100%  Fileupload"_s);
         QString expected = Path(u"expected.hid"_s);
         QVERIFY(window.Doc().SaveProfile(expected, true));
-        QCOMPARE(phone.Files().value(u"Unnamed.hid"_s).size(), QFileInfo(expected).size());
+        QCOMPARE(phone.Seen().Files.value(u"Unnamed.hid"_s).size(), QFileInfo(expected).size());
         const QStringList made = TempFiles().mid(tempFilesBefore);
         QVERIFY(!made.isEmpty());
         for (const QString &path : made)
@@ -244,7 +213,7 @@ private slots:
 
         window.SendProfile();
         QCOMPARE(m_dialogs->Shown, (QStringList{u"No Picture is loadet !"_s, u"Creating File failed !"_s}));
-        QVERIFY(phone.AtCommands().isEmpty());
+        QVERIFY(phone.Seen().AtCommands.isEmpty());
     }
 };
 

@@ -4,6 +4,7 @@
 #include <QMutexLocker>
 
 #include <chrono>
+#include <utility>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -21,79 +22,20 @@ namespace {
 constexpr quint8 OpConnect = 0x80;
 constexpr quint8 OpDisconnect = 0x81;
 constexpr quint8 OpPut = 0x02;
+constexpr quint8 OpPutFinal = 0x82;
 constexpr quint8 OpAbort = 0xFF;
-constexpr quint8 FinalBit = 0x80;
-constexpr quint8 OpcodeMask = 0x7F;
 constexpr quint8 RespContinue = 0x90;
 constexpr quint8 RespSuccess = 0xA0;
 constexpr quint8 RespBadRequest = 0xC0;
-constexpr quint8 RespForbidden = 0xC3;
 constexpr quint8 HiName = 0x01;
 constexpr quint8 HiBody = 0x48;
 constexpr quint8 HiEndOfBody = 0x49;
-constexpr quint8 HiConnectionId = 0xCB;
+constexpr qsizetype MaxPacket = 1024;
 constexpr int PollIntervalMs = 20;
 
-QByteArray Be16(qsizetype value)
+qsizetype Be16At(QByteArrayView bytes, qsizetype at)
 {
-    return QByteArray(1, char((value >> 8) & 0xFF)) + char(value & 0xFF);
-}
-
-QByteArray Be32(quint32 value)
-{
-    return Be16(value >> 16) + Be16(value & 0xFFFF);
-}
-
-struct Headers
-{
-    QMap<quint8, QByteArray> values;
-    QByteArray body;
-};
-
-// Headers by the encoding in the top two bits of their identifier.
-Headers ParseHeaders(QByteArrayView bytes)
-{
-    Headers headers;
-    qsizetype at = 0;
-    while (at < bytes.size()) {
-        const quint8 id = quint8(bytes[at]);
-        qsizetype size = 0;
-        qsizetype valueAt = at + 1;
-        switch (id & 0xC0) {
-        case 0x00:
-        case 0x40:
-            if (at + 3 > bytes.size())
-                return headers;
-            size = (qsizetype(quint8(bytes[at + 1])) << 8 | quint8(bytes[at + 2])) - 3;
-            valueAt = at + 3;
-            break;
-        case 0x80:
-            size = 1;
-            break;
-        default:
-            size = 4;
-            break;
-        }
-        if (size < 0 || valueAt + size > bytes.size())
-            return headers;
-        const QByteArray value = bytes.sliced(valueAt, size).toByteArray();
-        headers.values[id] = value;
-        if (id == HiBody || id == HiEndOfBody) {
-            headers.body += value;
-        }
-        at = valueAt + size;
-    }
-    return headers;
-}
-
-QString Utf16BeName(const QByteArray &value)
-{
-    QString name;
-    for (qsizetype i = 0; i + 1 < value.size(); i += 2)
-        name += QChar(char16_t(quint8(value[i]) << 8 | quint8(value[i + 1])));
-    while (name.endsWith(QChar(u'\0')))
-        name.chop(1);
-    return name;
+    return qsizetype(quint8(bytes[at])) << 8 | quint8(bytes[at + 1]);
 }
 
 } // namespace
@@ -110,16 +52,18 @@ FakePhone::FakePhone(const Options &options)
 
 FakePhone::~FakePhone()
 {
-    Stop();
+    m_stop.store(true);
+    if (m_thread.joinable())
+        m_thread.join();
+    if (m_master >= 0)
+        ::close(m_master);
 }
 
 bool FakePhone::Start()
 {
     m_master = posix_openpt(O_RDWR | O_NOCTTY);
-    if (m_master < 0 || grantpt(m_master) != 0 || unlockpt(m_master) != 0)
-        return false;
     char name[128] = {};
-    if (ptsname_r(m_master, name, sizeof name) != 0)
+    if (m_master < 0 || grantpt(m_master) != 0 || unlockpt(m_master) != 0 || ptsname_r(m_master, name, sizeof name))
         return false;
     m_portName = QString::fromLocal8Bit(name);
     // The settings stay for every later opener. The phone does not keep the
@@ -137,21 +81,6 @@ bool FakePhone::Start()
     return true;
 }
 
-void FakePhone::Stop()
-{
-    m_stop.store(true);
-    if (m_thread.joinable())
-        m_thread.join();
-    Vanish();
-}
-
-void FakePhone::Vanish()
-{
-    if (m_master >= 0)
-        ::close(m_master);
-    m_master = -1;
-}
-
 bool FakePhone::PortIsExclusive() const
 {
     const int port = ::open(m_portName.toLocal8Bit().constData(), O_RDWR | O_NOCTTY | O_NONBLOCK);
@@ -163,28 +92,10 @@ bool FakePhone::PortIsExclusive() const
     return !asked || exclusive != 0;
 }
 
-QStringList FakePhone::AtCommands() const
+FakePhone::Record FakePhone::Seen() const
 {
     QMutexLocker lock(&m_mutex);
-    return m_atCommands;
-}
-
-QList<QByteArray> FakePhone::Requests() const
-{
-    QMutexLocker lock(&m_mutex);
-    return m_requests;
-}
-
-QMap<QString, QByteArray> FakePhone::Files() const
-{
-    QMutexLocker lock(&m_mutex);
-    return m_files;
-}
-
-int FakePhone::Disconnects() const
-{
-    QMutexLocker lock(&m_mutex);
-    return m_disconnects;
+    return m_seen;
 }
 
 void FakePhone::Loop()
@@ -201,12 +112,7 @@ void FakePhone::Loop()
             continue;
         }
         m_input.append(buffer, got);
-        for (;;) {
-            if (m_master < 0)
-                return;
-            // Text where a packet should begin: the client started over with AT.
-            if (m_obexMode && !m_input.isEmpty() && m_input[0] == 'A')
-                m_obexMode = false;
+        while (m_master >= 0) {
             if (!m_obexMode) {
                 const qsizetype end = m_input.indexOf('\r');
                 if (end < 0)
@@ -216,14 +122,10 @@ void FakePhone::Loop()
                 HandleLine(line);
                 continue;
             }
-            if (m_input.size() < 3)
-                break;
-            const qsizetype length = qsizetype(quint8(m_input[1])) << 8 | quint8(m_input[2]);
-            if (length < 3) {
+            const qsizetype length = m_input.size() < 3 ? 0 : Be16At(m_input, 1);
+            if (m_input.size() >= 3 && length < 3)
                 m_input.clear();
-                break;
-            }
-            if (m_input.size() < length)
+            if (length < 3 || m_input.size() < length)
                 break;
             const QByteArray packet = m_input.first(length);
             m_input.remove(0, length);
@@ -237,37 +139,19 @@ void FakePhone::HandleLine(const QByteArray &line)
     const QByteArray command = line.trimmed().toUpper();
     {
         QMutexLocker lock(&m_mutex);
-        m_atCommands << QString::fromLatin1(command);
+        m_seen.AtCommands << QString::fromLatin1(command);
     }
-    Answer answer = Answer::Ok;
-    if (command == "AT*EOBEX")
-        answer = m_options.Eobex;
-    else if (command == "AT+CPROT=0")
-        answer = m_options.Cprot;
-    else if (!command.startsWith("AT"))
-        answer = Answer::Error;
+    const Answer answer = command == "AT*EOBEX" ? m_options.Eobex
+                          : command == "AT+CPROT=0" ? m_options.Cprot
+                                                    : Answer::Error;
     if (answer == Answer::Silent)
         return;
-    QByteArray reply = line + '\r';
-    switch (answer) {
-    case Answer::Connect:
-        reply += "\r\nCONNECT\r\n";
-        m_obexMode = true;
-        break;
-    case Answer::Error:
-        reply += "\r\nERROR\r\n";
-        break;
-    case Answer::Ok:
-        reply += "\r\nOK\r\n";
-        break;
-    case Answer::CmeError:
-        reply += "\r\n+CME ERROR: 4\r\n";
-        break;
-    case Answer::EchoOnly:
-    case Answer::Silent:
-        break;
-    }
-    Send(reply);
+    m_obexMode = answer == Answer::Connect;
+    const char *result = answer == Answer::Connect ? "CONNECT"
+                         : answer == Answer::Ok    ? "OK"
+                         : answer == Answer::Error ? "ERROR"
+                                                   : "+CME ERROR: 4";
+    Send(line + "\r\r\n" + result + "\r\n");
 }
 
 void FakePhone::PaceLine(qsizetype bytes) const
@@ -279,8 +163,7 @@ void FakePhone::PaceLine(qsizetype bytes) const
 void FakePhone::Send(const QByteArray &bytes)
 {
     PaceLine(bytes.size());
-    qsizetype at = 0;
-    while (at < bytes.size() && m_master >= 0) {
+    for (qsizetype at = 0; at < bytes.size();) {
         const ssize_t written = ::write(m_master, bytes.constData() + at, size_t(bytes.size() - at));
         if (written <= 0)
             return;
@@ -288,9 +171,9 @@ void FakePhone::Send(const QByteArray &bytes)
     }
 }
 
-void FakePhone::Reply(quint8 code, const QByteArray &headers)
+void FakePhone::Reply(quint8 code)
 {
-    Send(char(code) + Be16(3 + headers.size()) + headers);
+    Send(char(code) + QByteArray::fromHex("0003"));
 }
 
 void FakePhone::HandleRequest(const QByteArray &packet)
@@ -298,69 +181,63 @@ void FakePhone::HandleRequest(const QByteArray &packet)
     PaceLine(packet.size());
     {
         QMutexLocker lock(&m_mutex);
-        m_requests << packet;
+        m_seen.LastRequest = packet.toHex(' ');
     }
     if (m_options.VanishAfter >= 0 && m_answered >= m_options.VanishAfter) {
-        Vanish();
+        ::close(std::exchange(m_master, -1));
         return;
     }
     if (m_options.StallAfter >= 0 && m_answered >= m_options.StallAfter)
         return;
     ++m_answered;
-
     const quint8 opcode = quint8(packet[0]);
-    const bool final = opcode & FinalBit;
-    switch (opcode & OpcodeMask) {
-    case OpConnect & OpcodeMask:
-        if (opcode == OpConnect) {
-            Reply(RespSuccess, QByteArray::fromHex("10000400") + char(HiConnectionId) + Be32(1));
-            return;
-        }
-        break;
-    case OpPut: {
-        ++m_putPackets;
-        if (m_putPackets == m_options.RejectPut) {
-            m_putting = false;
-            Reply(RespForbidden);
-            return;
-        }
-        const Headers headers = ParseHeaders(QByteArrayView(packet).sliced(3));
-        if (!m_putting) {
-            m_putting = true;
-            m_putName = Utf16BeName(headers.values.value(HiName));
-            m_putBody.clear();
-        }
-        m_putBody += headers.body;
-        if (!final) {
-            Reply(RespContinue);
-            return;
-        }
+    if (packet.size() > MaxPacket)
+        return Reply(RespBadRequest);
+    if (opcode == OpConnect) // version 1.0, no flags, 1024 bytes, Connection Id 1
+        return Send(QByteArray::fromHex("A0000C10000400CB00000001"));
+    if (opcode == OpAbort) {
         m_putting = false;
-        {
-            QMutexLocker lock(&m_mutex);
-            m_files[m_putName] = m_putBody;
-        }
-        Reply(RespSuccess);
-        return;
+        return Reply(RespSuccess);
     }
-    case OpDisconnect & OpcodeMask:
-        if (opcode == OpDisconnect) {
-            Reply(RespSuccess);
-            m_obexMode = false;
-            QMutexLocker lock(&m_mutex);
-            ++m_disconnects;
-            return;
-        }
-        break;
-    case OpAbort & OpcodeMask:
-        if (opcode == OpAbort) {
-            m_putting = false;
-            Reply(RespSuccess);
-            return;
-        }
-        break;
-    default:
-        break;
+    if (opcode == OpDisconnect) {
+        m_obexMode = false;
+        QMutexLocker lock(&m_mutex);
+        ++m_seen.Disconnects;
+        return Reply(RespSuccess);
     }
-    Reply(RespBadRequest);
+    if (opcode != OpPut && opcode != OpPutFinal)
+        return Reply(RespBadRequest);
+    if (!m_putting) {
+        m_putName.clear();
+        m_putBody.clear();
+    }
+    m_putting = true;
+    // Headers by the encoding in the top two bits of their identifier: text
+    // and byte sequences carry a 2-byte length, the others 1 or 4 bytes.
+    for (qsizetype at = 3; at < packet.size();) {
+        const quint8 id = quint8(packet[at]);
+        const bool prefixed = id < 0x80;
+        const qsizetype size = prefixed ? (at + 3 <= packet.size() ? Be16At(packet, at + 1) - 3 : -1)
+                                        : (id & 0xC0) == 0x80 ? 1 : 4;
+        const qsizetype valueAt = at + (prefixed ? 3 : 1);
+        if (size < 0 || valueAt + size > packet.size())
+            return Reply(RespBadRequest);
+        const QByteArray value = packet.mid(valueAt, size);
+        // A name is null-terminated UTF-16.
+        if (id == HiName && !value.endsWith(QByteArray(2, '\0')))
+            return Reply(RespBadRequest);
+        if (id == HiBody || id == HiEndOfBody)
+            m_putBody += value;
+        for (qsizetype i = 0; id == HiName && i + 1 < value.size() && (value[i] || value[i + 1]); i += 2)
+            m_putName += QChar(char16_t(Be16At(value, i)));
+        at = valueAt + size;
+    }
+    if (opcode == OpPut)
+        return Reply(RespContinue);
+    m_putting = false;
+    {
+        QMutexLocker lock(&m_mutex);
+        m_seen.Files[m_putName] = m_putBody;
+    }
+    Reply(RespSuccess);
 }

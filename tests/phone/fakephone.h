@@ -14,20 +14,13 @@
 // A phone at the far end of a pseudo-terminal, for tests and benchmarks. It
 // answers the AT dialogue as these phones do (echo of the line, then the result
 // in CR LF ... CR LF), enters OBEX mode on CONNECT and serves Connect, Put,
-// Abort and Disconnect. Every request packet and every stored file is
-// kept for comparison. Its OBEX parsing is written from the OBEX standard (big-
-// endian UTF-16 names), independently of the client code under test.
+// Abort and Disconnect, refusing requests beyond the 1024 bytes it announces.
+// Its OBEX parsing is written from the OBEX standard (big-endian UTF-16
+// names), independently of the client code under test.
 class FakePhone
 {
 public:
-    enum class Answer {
-        Connect, // CONNECT: OBEX mode follows
-        Error,
-        Ok,
-        CmeError, // +CME ERROR: 4
-        EchoOnly, // the echo, then nothing
-        Silent, // not even the echo
-    };
+    enum class Answer { Connect, Error, CmeError, Ok, Silent };
 
     struct Options
     {
@@ -37,8 +30,6 @@ public:
         int StallAfter = -1;
         // Requests answered before the line goes away (the phone closes its end).
         int VanishAfter = -1;
-        // The n-th Put packet (from 1) is answered with Forbidden instead.
-        int RejectPut = 0;
         // Bits per second on the line (10 bits a byte, both directions); 0 unthrottled.
         qint64 LineBps = 0;
     };
@@ -52,28 +43,29 @@ public:
     // Opens the pseudo-terminal and starts answering; false when no terminal
     // could be made.
     [[nodiscard]] bool Start();
-    void Stop();
     // The device a client opens, e.g. /dev/pts/4.
     QString PortName() const { return m_portName; }
     // Whether the port is locked for exclusive use: a client holds it, or one
     // ended without closing it. (Root may open such a port all the same.)
     bool PortIsExclusive() const;
 
-    QStringList AtCommands() const;
-    // Every OBEX request as it arrived.
-    QList<QByteArray> Requests() const;
-    // Files stored by completed uploads, by name.
-    QMap<QString, QByteArray> Files() const;
-    int Disconnects() const;
+    // What the phone has seen so far.
+    struct Record
+    {
+        QStringList AtCommands;
+        QByteArray LastRequest; // the last OBEX request, in spaced hexadecimal
+        QMap<QString, QByteArray> Files; // stored by completed uploads, by name
+        int Disconnects = 0;
+    };
+    Record Seen() const;
 
 private:
     void Loop();
     void HandleLine(const QByteArray &line);
     void HandleRequest(const QByteArray &packet);
     void Send(const QByteArray &bytes);
-    void Reply(quint8 code, const QByteArray &headers = {});
+    void Reply(quint8 code);
     void PaceLine(qsizetype bytes) const;
-    void Vanish();
 
     Options m_options;
     QString m_portName;
@@ -85,14 +77,10 @@ private:
     bool m_obexMode = false;
     QByteArray m_input;
     int m_answered = 0;
-    int m_putPackets = 0;
     QString m_putName;
     QByteArray m_putBody;
     bool m_putting = false;
 
     mutable QMutex m_mutex;
-    QStringList m_atCommands;
-    QList<QByteArray> m_requests;
-    QMap<QString, QByteArray> m_files;
-    int m_disconnects = 0;
+    Record m_seen;
 };

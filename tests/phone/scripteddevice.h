@@ -15,14 +15,12 @@ public:
         open(QIODevice::ReadWrite | QIODevice::Unbuffered);
     }
 
-    void AddAnswer(const QByteArray &bytes) { m_answers += bytes; }
     QByteArray Written() const { return m_written; }
-    qint64 Unread() const { return m_answers.size() - m_readAt; }
     // How long the client last offered to wait for more bytes; -1 before it did.
     int LastWaitMs() const { return m_lastWaitMs; }
 
     bool isSequential() const override { return true; }
-    qint64 bytesAvailable() const override { return Unread() + QIODevice::bytesAvailable(); }
+    qint64 bytesAvailable() const override { return m_answers.size() - m_readAt + QIODevice::bytesAvailable(); }
     bool waitForReadyRead(int msecs) override
     {
         m_lastWaitMs = msecs;
@@ -32,7 +30,7 @@ public:
 protected:
     qint64 readData(char *data, qint64 maxSize) override
     {
-        const qint64 count = qMin(maxSize, Unread());
+        const qint64 count = qMin(maxSize, m_answers.size() - m_readAt);
         std::copy_n(m_answers.constData() + m_readAt, count, data);
         m_readAt += count;
         return count;
@@ -49,3 +47,18 @@ private:
     QByteArray m_written;
     int m_lastWaitMs = -1;
 };
+
+// "A0 00 03" as bytes.
+inline QByteArray Hex(const char *spaced)
+{
+    return QByteArray::fromHex(QByteArray(spaced).replace(' ', ""));
+}
+
+// Bytes without a short period, so that a piece sent twice or out of order shows.
+inline QByteArray TestData(qsizetype size)
+{
+    QByteArray data(size, Qt::Uninitialized);
+    for (qsizetype i = 0; i < size; ++i)
+        data[i] = char((i * 13 + i / 509) & 0xFF);
+    return data;
+}

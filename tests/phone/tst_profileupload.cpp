@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "fakephone.h"
-#include "phone/obexpacket.h"
+#include "phone/obexsession.h"
 #include "phone/profileupload.h"
 #include "phone/serialuploadjob.h"
 #include "profile/tar.h"
+#include "scripteddevice.h"
 #include "settings/languagetext.h"
 
 #include "../testfiles.h"
@@ -26,53 +27,41 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString RemoteName = u"Game.hid"_s;
-// Short enough to keep the silent cases quick; the real 5000 ms is proven by
-// the serial link's test.
-constexpr int QuickTimeoutMs = 300;
+const QString PutFailed = u"Fileupload failed !"_s;
+const QByteArray AbortRequest = "ff 00 03";
 
-QByteArray TestData(qsizetype size)
+// An owned copy of data for the phone at portName, with a read time-out short
+// enough to keep the silent cases quick and no pause after opening the port.
+UploadRequest QuickRequest(const QString &portName, const QString &copyPath, const QByteArray &data)
 {
-    QByteArray data(size, Qt::Uninitialized);
-    for (qsizetype i = 0; i < size; ++i)
-        data[i] = char((i * 13 + i / 509) & 0xFF);
-    return data;
-}
-
-// The sending line of the tests' language, with every placeholder it has.
-constexpr QLatin1StringView SendingLine = "%f: %b at %r KB/s (%t)"_L1;
-
-struct Outcome
-{
-    UploadResult Result = UploadResult::Failed;
-    UploadError Error = UploadError::None;
-    QString ErrorText;
-    QStringList Statuses;
-    QList<qint64> StatusTimes; // ms since the start
-    int ProgressEvents = 0;
-    // Each progress line, and what SendingLine says for its figures.
-    QStringList ProgressLines;
-    QStringList ExpectedLines;
-    bool CopyLeft = false;
-};
-
-// Runs one upload of data to the phone on this thread, from a copy the upload
-// owns; abortAtProgress > 0 presses Abort at that progress event.
-Outcome Upload(const QString &portName, const QByteArray &data, int abortAtProgress = 0,
-               std::function<void(UploadRequest &)> adjust = {})
-{
-    QTemporaryDir dir;
-    const QString copyPath = dir.filePath(u"PMX1.tmp"_s);
-    Outcome outcome;
     UploadRequest request;
     request.Port = *SerialPort::Parse(portName);
     request.Speed = 115200;
     request.RemoteName = RemoteName;
-    request.ReadTimeoutMs = QuickTimeoutMs;
+    request.ReadTimeoutMs = 300;
     request.OpenPauseMs = 0;
     request.ProfilePath = WriteFile(copyPath, data) ? copyPath : QString();
     request.OwnsProfile = true;
-    if (adjust)
-        adjust(request);
+    return request;
+}
+
+struct Outcome
+{
+    UploadResult Result = UploadResult::Failed;
+    QString ErrorText;
+    QStringList Statuses;
+    QList<qint64> StatusTimes; // ms since the start
+    // Each progress line, and what the tests' sending line "%f: %b at %r KB/s
+    // (%t)" says for its figures.
+    QStringList ProgressLines;
+    QStringList ExpectedLines;
+};
+
+// Runs one upload on this thread; abortAtProgress > 0 presses Abort at that
+// progress event.
+Outcome Upload(const UploadRequest &request, int abortAtProgress)
+{
+    Outcome outcome;
     ProfileUpload upload(request);
     QElapsedTimer clock;
     clock.start();
@@ -83,23 +72,14 @@ Outcome Upload(const QString &portName, const QByteArray &data, int abortAtProgr
     QObject::connect(&upload, &ProfileUpload::ProgressChanged,
                      [&](qint64 bytesSent, qint64, qint32 rate, const QString &text) {
                          outcome.ProgressLines << text;
-                         const QString rateKB = QString::number(std::lround(rate / 1024.0));
-                         outcome.ExpectedLines << request.RemoteName + ": "_L1 + QString::number(bytesSent)
-                                                      + " at "_L1 + rateKB + " KB/s (%t)"_L1;
-                         if (++outcome.ProgressEvents == abortAtProgress)
+                         outcome.ExpectedLines << u"%1: %2 at %3 KB/s (%t)"_s.arg(request.RemoteName).arg(bytesSent).arg(
+                             std::lround(rate / 1024.0));
+                         if (outcome.ProgressLines.size() == abortAtProgress)
                              upload.Abort();
                      });
     outcome.Result = upload.Run();
-    outcome.Error = upload.Error();
     outcome.ErrorText = upload.ErrorText();
-    outcome.CopyLeft = QFile::exists(copyPath);
     return outcome;
-}
-
-QByteArray LastRequest(const FakePhone &phone)
-{
-    const QList<QByteArray> requests = phone.Requests();
-    return requests.isEmpty() ? QByteArray() : requests.last().toHex(' ');
 }
 
 // A profile: a tar archive of a picture entry of pictureBytes and a keymap.
@@ -136,7 +116,6 @@ struct CliUpload
             command = QStringList{u"setpriv"_s, u"--bounding-set"_s, u"-sys_admin"_s} + command;
         cli.start(command.takeFirst(), command);
     }
-    bool TempFolderEmpty() const { return QDir(temp.path()).isEmpty(); }
     bool Sending()
     {
         QByteArray out;
@@ -172,200 +151,154 @@ private slots:
 
     void errorTexts()
     {
-#ifdef Q_OS_WIN
-        const SerialPort port = SerialPort::FromNumber(3);
-        QCOMPARE(UploadErrorText(UploadError::PortNotOpened, port), u"Couldn't connect to COM3 !"_s);
-#else
         const SerialPort port = *SerialPort::Parse(u"/dev/rfcomm0"_s);
-        QCOMPARE(UploadErrorText(UploadError::PortNotOpened, port), u"Couldn't connect to /dev/rfcomm0 !"_s);
         QCOMPARE(FillPortPlaceholder(u"Opening COM%p ... (%p)"_s, port), u"Opening /dev/rfcomm0 ... (/dev/rfcomm0)"_s);
-#endif
-        QVERIFY(UploadErrorText(UploadError::PortInUse, port).contains(u"in use"_s));
+        QVERIFY(UploadErrorText(UploadError::PortInUse, port).contains(u"/dev/rfcomm0 is in use"_s));
         // Key 10 serves two messages; a language file's key 10 replaces both.
         QTemporaryDir dir;
         QVERIFY(WriteFile(dir.filePath(u"test.lng"_s), "[Errors]\r\n10=OBEX kaputt\r\n"));
         SetLanguage(dir.filePath(u"test.lng"_s));
-        const QString started = UploadErrorText(UploadError::ObexNotStarted, port);
-        const QString connected = UploadErrorText(UploadError::ObexNotConnected, port);
+        const QStringList texts{UploadErrorText(UploadError::ObexNotStarted, port),
+                                UploadErrorText(UploadError::ObexNotConnected, port)};
         SetLanguage(QString());
-        QCOMPARE(started, u"OBEX kaputt"_s);
-        QCOMPARE(connected, u"OBEX kaputt"_s);
+        QCOMPARE(texts, QStringList(2, u"OBEX kaputt"_s));
     }
 
-    void sizes_data()
+    // One upload per row, each phone behaviour a row: the result, the one
+    // message, the AT commands the phone saw; whatever the ending, the port is
+    // released and the owned copy deleted.
+    void upload_data()
     {
+        QTest::addColumn<FakePhone::Options>("options");
         QTest::addColumn<qsizetype>("size");
         QTest::addColumn<QString>("name");
-        QTest::addColumn<bool>("defaultPause");
-        const qsizetype limit = FirstPieceLimit(RemoteName);
-        QTest::newRow("empty") << qsizetype(0) << RemoteName << false;
-        QTest::newRow("one byte, after the usual pause") << qsizetype(1) << RemoteName << true;
-        QTest::newRow("one-packet limit") << limit << RemoteName << false;
-        QTest::newRow("one byte more") << limit + 1 << RemoteName << false;
-        QTest::newRow("300 KB") << qsizetype(300000) << RemoteName << false;
-        // No room for data beside the longest name: the first piece is empty.
-        QTest::newRow("longest name") << qsizetype(3000) << QString(MaxRemoteNameLength - 4, u'n') + ".hid"_L1
-                                      << false;
-        QTest::newRow("non-ASCII name") << qsizetype(3000) << u"Spi\u00E8le f\u00FCr \u00C4.hid"_s << false;
-        QTest::newRow("placeholders in the name stay") << qsizetype(3000) << u"A%b%t%r%f.hid"_s << false;
+        QTest::addColumn<QString>("tweak"); // of the request, or "abort" at the second piece
+        QTest::addColumn<UploadResult>("result");
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<int>("commands");
+        using A = FakePhone::Answer;
+        const auto phone = [](auto change) {
+            FakePhone::Options options;
+            change(options);
+            return options;
+        };
+        const FakePhone::Options usual;
+        const auto ok = UploadResult::Succeeded;
+        const auto failed = UploadResult::Failed;
+        const QString notStarted = u"Initiating Obex-Protocol failed !"_s;
+
+        QTest::newRow("empty") << usual << qsizetype(0) << RemoteName << QString() << ok << QString() << 1;
+        QTest::newRow("one byte, after the usual pause")
+            << usual << qsizetype(1) << RemoteName << u"usual pause"_s << ok << QString() << 1;
+        // Non-ASCII on the wire, and placeholders in the name that stay as they are.
+        QTest::newRow("300 KB under an odd name")
+            << usual << qsizetype(300000) << u"Spi\u00E8le f\u00FCr %b%t%r%f.hid"_s << QString() << ok << QString() << 1;
+        QTest::newRow("longest name: no room for data in the first piece")
+            << usual << qsizetype(3000) << QString(MaxRemoteNameLength - 4, u'n') + ".hid"_L1 << QString() << ok
+            << QString() << 1;
+        QTest::newRow("ERROR, then CONNECT to the standard command")
+            << phone([](auto &o) { o.Eobex = A::Error; }) << qsizetype(5000) << RemoteName << QString() << ok
+            << QString() << 2;
+        QTest::newRow("CME error falls back too")
+            << phone([](auto &o) { o.Eobex = A::CmeError; }) << qsizetype(5000) << RemoteName << QString() << ok
+            << QString() << 2;
+        QTest::newRow("OK without CONNECT") << phone([](auto &o) { o.Eobex = A::Ok; }) << qsizetype(5000) << RemoteName
+                                            << QString() << failed << notStarted << 1;
+        QTest::newRow("ERROR to both") << phone([](auto &o) { o.Eobex = o.Cprot = A::Error; }) << qsizetype(5000)
+                                       << RemoteName << QString() << failed << notStarted << 2;
+        QTest::newRow("silent phone") << phone([](auto &o) { o.Eobex = A::Silent; }) << qsizetype(5000) << RemoteName
+                                      << QString() << failed
+                                      << u"The phone didn't answer.\r\nPleas check the settings or try it once more."_s << 1;
+        QTest::newRow("OBEX connect unanswered") << phone([](auto &o) { o.StallAfter = 0; }) << qsizetype(5000)
+                                                 << RemoteName << QString() << failed
+                                                 << u"Initializing Obex-Protocol failed !"_s << 1;
+        QTest::newRow("stops answering mid-upload") << phone([](auto &o) { o.StallAfter = 3; }) << qsizetype(5000)
+                                                    << RemoteName << QString() << failed << PutFailed << 1;
+        QTest::newRow("line goes away mid-upload") << phone([](auto &o) { o.VanishAfter = 3; }) << qsizetype(5000)
+                                                   << RemoteName << QString() << failed << PutFailed << 1;
+        QTest::newRow("aborted: ends after the current piece") << usual << qsizetype(20000) << RemoteName << u"abort"_s
+                                                               << UploadResult::Aborted << QString() << 1;
+        // Refused before the port is opened.
+        QTest::newRow("no speed") << usual << qsizetype(1) << RemoteName << u"no speed"_s << failed
+                                  << u"The COM-Port is not set. Please check the settings !"_s << 0;
+        QTest::newRow("copy not written") << usual << qsizetype(1) << RemoteName << u"no copy"_s << failed
+                                          << u"Creating File failed !"_s << 0;
+        QTest::newRow("name too long for the first packet")
+            << usual << qsizetype(1) << QString(MaxRemoteNameLength + 1, u'n') << QString() << failed
+            << u"The name for the phone is too long: it may have at most 504 characters."_s << 0;
+        QTest::newRow("port missing") << usual << qsizetype(1) << RemoteName << u"no port"_s << failed
+                                      << u"Couldn't connect to /dev/padmapper-none !"_s << 0;
     }
-    void sizes()
+    void upload()
     {
+        QFETCH(FakePhone::Options, options);
         QFETCH(qsizetype, size);
         QFETCH(QString, name);
-        QFETCH(bool, defaultPause);
+        QFETCH(QString, tweak);
+        QFETCH(UploadResult, result);
         QTemporaryDir dir;
-        const QByteArray language = "[FileuploadWindow]\r\nStatus4=" + QByteArray(SendingLine.latin1());
-        QVERIFY(WriteFile(dir.filePath(u"test.lng"_s), language));
+        QVERIFY(WriteFile(dir.filePath(u"test.lng"_s), "[FileuploadWindow]\r\nStatus4=%f: %b at %r KB/s (%t)"));
         SetLanguage(dir.filePath(u"test.lng"_s));
         const auto english = qScopeGuard([] { SetLanguage(QString()); });
-        FakePhone phone;
+        FakePhone phone(options);
         QVERIFY(phone.Start());
         const QByteArray data = TestData(size);
-        const Outcome outcome = Upload(phone.PortName(), data, 0, [&](UploadRequest &request) {
-            request.RemoteName = name;
-            if (defaultPause)
-                request.OpenPauseMs = UploadRequest().OpenPauseMs;
-        });
-        QCOMPARE(outcome.Result, UploadResult::Succeeded);
-        QCOMPARE(outcome.ErrorText, QString());
-        QCOMPARE(phone.Files().value(name), data);
-        QCOMPARE(phone.Disconnects(), 1);
-        QCOMPARE(phone.AtCommands(), QStringList{u"AT*EOBEX"_s});
-        QVERIFY(!outcome.CopyLeft);
+        UploadRequest request = QuickRequest(phone.PortName(), dir.filePath(u"PMX1.tmp"_s), data);
+        const QString copy = request.ProfilePath;
+        request.RemoteName = name;
+        if (tweak == "usual pause"_L1)
+            request.OpenPauseMs = UploadRequest().OpenPauseMs;
+        else if (tweak == "no speed"_L1)
+            request.Speed = 0;
+        else if (tweak == "no copy"_L1 && QFile::remove(copy))
+            request.ProfilePath.clear();
+        else if (tweak == "no port"_L1)
+            request.Port = *SerialPort::Parse(u"/dev/padmapper-none"_s);
+        const Outcome outcome = Upload(request, tweak == "abort"_L1 ? 2 : 0);
+
+        QCOMPARE(outcome.Result, result);
+        QTEST(outcome.ErrorText, "message");
+        QTEST(int(phone.Seen().AtCommands.size()), "commands");
+        QVERIFY(!QFile::exists(copy));
         QVERIFY(!phone.PortIsExclusive());
-        if (defaultPause) { // from the port's status line to the next
+        QCOMPARE(phone.Seen().Files.value(name), result == UploadResult::Succeeded ? data : QByteArray());
+        QCOMPARE(phone.Seen().Disconnects, result == UploadResult::Succeeded ? 1 : 0);
+        QCOMPARE(outcome.ProgressLines, outcome.ExpectedLines);
+        if (result == UploadResult::Aborted) {
+            QCOMPARE(outcome.ProgressLines.size(), 2);
+            QCOMPARE(phone.Seen().LastRequest, AbortRequest);
+        }
+        if (outcome.ErrorText == PutFailed)
+            QCOMPARE(outcome.Statuses.last(), PutFailed);
+        if (tweak == "usual pause"_L1) { // from the port's status line to the next
             const qint64 pause = outcome.StatusTimes.value(2) - outcome.StatusTimes.value(1);
             QVERIFY2(pause >= 1000 && pause < 1500, QByteArray::number(pause));
             QCOMPARE(UploadRequest().ReadTimeoutMs, 5000);
         }
-
-        const QString kilobytes = QString::number(double(size) / 1024, 'f', 2);
+        if (result != UploadResult::Succeeded)
+            return;
         const QStringList expected = {
             u"Generating File..."_s,
             u"Opening %1 ..."_s.arg(phone.PortName()),
             u"Initiating Obex Filetransfer..."_s,
             name + ": 0 at 0 KB/s (%t)"_L1,
-            name + " ("_L1 + kilobytes + " KB) successfully transfered to phone !"_L1,
+            name + " ("_L1 + QString::number(double(size) / 1024, 'f', 2) + " KB) successfully transfered to phone !"_L1,
         };
         QCOMPARE(outcome.Statuses, expected);
-        QCOMPARE(outcome.ProgressLines, outcome.ExpectedLines);
-        const qsizetype pieces = size <= FirstPieceLimit(name)
-                                     ? 1
-                                     : 1 + (size - FirstPieceLimit(name) + PieceLimit - 1) / PieceLimit;
-        QCOMPARE(outcome.ProgressEvents, pieces);
-    }
-
-    void failures_data()
-    {
-        QTest::addColumn<FakePhone::Options>("options");
-        QTest::addColumn<UploadResult>("result");
-        QTest::addColumn<QString>("message");
-        QTest::addColumn<QStringList>("commands");
-        using A = FakePhone::Answer;
-        const QStringList eobex{u"AT*EOBEX"_s};
-        const QStringList both{u"AT*EOBEX"_s, u"AT+CPROT=0"_s};
-        const auto with = [](auto change) {
-            FakePhone::Options options;
-            change(options);
-            return options;
-        };
-
-        QTest::newRow("ERROR, then CONNECT to the standard command")
-            << with([](auto &o) { o.Eobex = A::Error; }) << UploadResult::Succeeded << QString() << both;
-        QTest::newRow("CME error falls back too")
-            << with([](auto &o) { o.Eobex = A::CmeError; }) << UploadResult::Succeeded << QString() << both;
-        QTest::newRow("OK without CONNECT") << with([](auto &o) { o.Eobex = A::Ok; }) << UploadResult::Failed
-                                            << u"Initiating Obex-Protocol failed !"_s << eobex;
-        QTest::newRow("ERROR to both") << with([](auto &o) { o.Eobex = o.Cprot = A::Error; }) << UploadResult::Failed
-                                       << u"Initiating Obex-Protocol failed !"_s << both;
-        QTest::newRow("silent phone")
-            << with([](auto &o) { o.Eobex = A::Silent; }) << UploadResult::Failed
-            << u"The phone didn't answer.\r\nPleas check the settings or try it once more."_s << eobex;
-        QTest::newRow("echo, then nothing") << with([](auto &o) { o.Eobex = A::EchoOnly; }) << UploadResult::Failed
-                                            << u"Initiating Obex-Protocol failed !"_s << eobex;
-        QTest::newRow("OBEX connect unanswered") << with([](auto &o) { o.StallAfter = 0; }) << UploadResult::Failed
-                                                 << u"Initializing Obex-Protocol failed !"_s << eobex;
-        QTest::newRow("stops answering mid-upload") << with([](auto &o) { o.StallAfter = 3; })
-                                                    << UploadResult::Failed << u"Fileupload failed !"_s << eobex;
-        QTest::newRow("refuses a piece") << with([](auto &o) { o.RejectPut = 2; }) << UploadResult::Failed
-                                         << u"Fileupload failed !"_s << eobex;
-        QTest::newRow("line goes away mid-upload") << with([](auto &o) { o.VanishAfter = 3; })
-                                                   << UploadResult::Failed << u"Fileupload failed !"_s << eobex;
-    }
-    void failures()
-    {
-        QFETCH(FakePhone::Options, options);
-        FakePhone phone(options);
-        QVERIFY(phone.Start());
-        const QByteArray data = TestData(5000);
-        const Outcome outcome = Upload(phone.PortName(), data);
-        QTEST(outcome.Result, "result");
-        QTEST(outcome.ErrorText, "message");
-        QTEST(phone.AtCommands(), "commands");
-        QVERIFY(!outcome.CopyLeft);
-        if (outcome.Result == UploadResult::Succeeded)
-            QCOMPARE(phone.Files().value(RemoteName), data);
-        if (outcome.Error == UploadError::PutFailed)
-            QCOMPARE(outcome.Statuses.last(), u"Fileupload failed !"_s);
-        QVERIFY(!phone.PortIsExclusive());
-    }
-
-    void failuresBeforeThePort_data()
-    {
-        QTest::addColumn<qint32>("speed");
-        QTest::addColumn<bool>("copyFails");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("message");
-        const QString port = u"/dev/padmapper-none"_s;
-        QTest::newRow("no speed") << 0 << false << RemoteName
-                                  << u"The COM-Port is not set. Please check the settings !"_s;
-        QTest::newRow("copy not written") << 115200 << true << RemoteName << u"Creating File failed !"_s;
-        QTest::newRow("name too long for the first packet")
-            << 115200 << false << QString(MaxRemoteNameLength + 1, u'n')
-            << u"The name for the phone is too long: it may have at most 504 characters."_s;
-        QTest::newRow("port missing") << 115200 << false << RemoteName
-                                      << u"Couldn't connect to %1 !"_s.arg(port);
-    }
-    void failuresBeforeThePort()
-    {
-        QFETCH(qint32, speed);
-        QFETCH(bool, copyFails);
-        QFETCH(QString, name);
-        const Outcome outcome = Upload(u"/dev/padmapper-none"_s, "x", 0, [&](UploadRequest &request) {
-            request.Speed = speed;
-            request.RemoteName = name;
-            if (copyFails && QFile::remove(request.ProfilePath))
-                request.ProfilePath.clear();
-        });
-        QCOMPARE(outcome.Result, UploadResult::Failed);
-        QTEST(outcome.ErrorText, "message");
-        QVERIFY(!outcome.CopyLeft);
-    }
-
-    void abortEndsAfterTheCurrentPiece()
-    {
-        FakePhone phone;
-        QVERIFY(phone.Start());
-        const Outcome outcome = Upload(phone.PortName(), TestData(20000), 2);
-        QCOMPARE(outcome.Result, UploadResult::Aborted);
-        QCOMPARE(outcome.ErrorText, QString());
-        QCOMPARE(outcome.ProgressEvents, 2);
-        QCOMPARE(LastRequest(phone), QByteArray("ff 00 03"));
-        QVERIFY(phone.Files().isEmpty());
-        QVERIFY(!outcome.CopyLeft);
-        QVERIFY(!phone.PortIsExclusive());
+        const qsizetype firstPiece = FirstPieceLimit(name);
+        QCOMPARE(outcome.ProgressLines.size(), size <= firstPiece ? 1 : 1 + (size - firstPiece + PieceLimit - 1) / PieceLimit);
     }
 
     // The serial job runs the upload on a thread of its own and reports on the
-    // one that made it, Finished once and last; aborted or destroyed mid-transfer
-    // it closes the port and deletes its copy.
+    // one that made it, Finished once and last; aborted (before it started or
+    // mid-transfer) or destroyed, it closes the port and deletes its copy.
     void serialJob_data()
     {
-        QTest::addColumn<int>("ending"); // 0 runs to the end, 1 Abort(), 2 destroyed
+        QTest::addColumn<int>("ending"); // 0 runs to the end, 1 Abort(), 2 destroyed, 3 Abort() before Start()
         QTest::newRow("runs to the end") << 0;
         QTest::newRow("aborted") << 1;
         QTest::newRow("destroyed") << 2;
+        QTest::newRow("aborted before it starts") << 3;
     }
     void serialJob()
     {
@@ -375,15 +308,8 @@ private slots:
         FakePhone phone(options);
         QVERIFY(phone.Start());
         QTemporaryDir dir;
-        UploadRequest request;
-        request.Port = *SerialPort::Parse(phone.PortName());
-        request.Speed = 115200;
-        request.RemoteName = RemoteName;
-        request.OpenPauseMs = 0;
-        request.ProfilePath = dir.filePath(u"PMX1.tmp"_s);
-        request.OwnsProfile = true;
         const QByteArray data = TestData(20000);
-        QVERIFY(WriteFile(request.ProfilePath, data));
+        const UploadRequest request = QuickRequest(phone.PortName(), dir.filePath(u"PMX1.tmp"_s), data);
         QStringList events;
         bool offThread = false;
         const auto note = [&](const QString &event) {
@@ -395,30 +321,31 @@ private slots:
         connect(job.get(), &UploadJob::StatusChanged, [&] { note(u"status"_s); });
         connect(job.get(), &UploadJob::ProgressChanged, [&] { note(u"progress"_s); });
         connect(job.get(), &UploadJob::Finished, [&](UploadResult result) { note(u"finished %1"_s.arg(int(result))); });
+        if (ending == 3)
+            job->Abort();
         job->Start();
         QVERIFY(events.isEmpty());
-        QTRY_VERIFY_WITH_TIMEOUT(events.contains(u"progress"_s), 20000);
+        if (ending == 1 || ending == 2)
+            QTRY_VERIFY_WITH_TIMEOUT(events.contains(u"progress"_s), 20000);
         if (ending == 1)
             job->Abort();
         else if (ending == 2)
             job.reset();
-        if (job)
-            QTRY_VERIFY_WITH_TIMEOUT(events.last().startsWith(u"finished"_s), 20000);
-
-        QVERIFY(!offThread);
-        QCOMPARE(events.filter(u"finished"_s).size(), ending == 2 ? 0 : 1);
-        if (ending == 0) {
-            QCOMPARE(events.last(), u"finished %1"_s.arg(int(UploadResult::Succeeded)));
-            QCOMPARE(events.count(u"status"_s), 5);
-            QCOMPARE(phone.Files().value(RemoteName), data);
-        } else {
-            QCOMPARE(LastRequest(phone), QByteArray("ff 00 03"));
-            QVERIFY(phone.Files().isEmpty());
-        }
-        if (ending == 1)
-            QCOMPARE(events.last(), u"finished %1"_s.arg(int(UploadResult::Aborted)));
-        if (job)
+        if (job) {
+            QTRY_VERIFY_WITH_TIMEOUT(!events.isEmpty() && events.last().startsWith(u"finished"_s), 20000);
+            const UploadResult result = ending == 0 ? UploadResult::Succeeded : UploadResult::Aborted;
+            QCOMPARE(events.last(), u"finished %1"_s.arg(int(result)));
             QCOMPARE(job->ErrorText(), QString());
+        }
+        QVERIFY(!offThread);
+        QCOMPARE(events.filter(u"finished"_s).size(), job ? 1 : 0);
+        QCOMPARE(phone.Seen().Files.value(RemoteName), ending == 0 ? data : QByteArray());
+        if (ending == 0)
+            QCOMPARE(events.count(u"status"_s), 5);
+        if (ending == 1 || ending == 2)
+            QCOMPARE(phone.Seen().LastRequest, AbortRequest);
+        if (ending == 3)
+            QCOMPARE(phone.Seen().AtCommands, QStringList());
         QVERIFY(!QFile::exists(request.ProfilePath));
         QVERIFY(!phone.PortIsExclusive());
     }
@@ -440,8 +367,6 @@ private slots:
         QTest::newRow("a keymap is not a profile")
             << QByteArray("<SONY_ERICSSON_REMOTE_CONTROL_CONFIGURATION/>") << QStringList() << true
             << u"is not a profile"_s << 0;
-        QTest::newRow("junk is not a profile")
-            << TestData(5000) << QStringList() << true << u"is not a profile"_s << 0;
         QTest::newRow("name too long for the phone")
             << profile << QStringList{u"--name"_s, QString(MaxRemoteNameLength + 1, u'n')} << true
             << u"The name for the phone is too long: it may have at most 504 characters."_s << 0;
@@ -461,9 +386,9 @@ private slots:
         const QString err = QString::fromLocal8Bit(upload.cli.readAllStandardError());
         QVERIFY2(message.isEmpty() ? err.isEmpty() : err.contains(message), qPrintable(err));
         QCOMPARE(upload.cli.exitCode(), message.isEmpty() ? 0 : 1);
-        QCOMPARE(phone.Files().value(RemoteName), message.isEmpty() ? file : QByteArray());
-        QTEST(int(phone.AtCommands().size()), "commands");
-        QVERIFY(upload.TempFolderEmpty());
+        QCOMPARE(phone.Seen().Files.value(RemoteName), message.isEmpty() ? file : QByteArray());
+        QTEST(int(phone.Seen().AtCommands.size()), "commands");
+        QVERIFY(QDir(upload.temp.path()).isEmpty());
         QCOMPARE(ReadAll(upload.profile), file);
     }
 
@@ -498,7 +423,7 @@ private slots:
         QVERIFY(upload.Sending());
         const auto tool = pid_t(upload.cli.processId());
         QCOMPARE(::kill(tool, signalNumber), 0);
-        QTRY_COMPARE_WITH_TIMEOUT(LastRequest(phone), QByteArray("ff 00 03"), 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(phone.Seen().LastRequest, AbortRequest, 10000);
         QElapsedTimer timer;
         timer.start();
         if (twice)
@@ -517,10 +442,8 @@ private slots:
     {
         QTest::addColumn<bool>("killFirst");
         QTest::addColumn<QString>("message"); // %1: the first upload's process
-        QTest::newRow("held by another upload")
-            << false << u"is open in another program (padmapper-cli, process %1)."_s;
-        QTest::newRow("left locked by a killed upload")
-            << true << u"is locked, yet no program of yours has it open"_s;
+        QTest::newRow("held by another upload") << false << u"is open in another program (padmapper-cli, process %1)."_s;
+        QTest::newRow("left locked by a killed upload") << true << u"is locked, yet no program of yours has it open"_s;
     }
     void cliExplainsABusyPort()
     {

@@ -5,6 +5,7 @@
 
 #include "../testfiles.h"
 
+#include <QDir>
 #include <QImage>
 #include <QTemporaryDir>
 #include <QTest>
@@ -15,21 +16,70 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-enum Operation {
-    Open, Start, Template, Drop, ImportPicture, ImportKeymap, Save, SaveAs, ExportPicture, ExportKeymap, Edit
-};
-// What the document holds before: the default profile as template, nothing
-// at all, the profile p.hid or the keymap k.kcf; optionally edited since.
+enum Operation { Open, Start, Template, Drop, ImportPicture, ImportKeymap, Save, SaveAs, ExportPicture, ExportKeymap, Edit };
+// What the document holds before: the default profile p.hid as template,
+// nothing at all, the profile p.hid or the keymap k.kcf.
 enum StartState { Unnamed, Blank, OnProfile, OnKeymap };
 
-// The comment on key "1" names the file the keys came from.
+// One command on a document, and what it leaves. The comment on key "1" names
+// the file the keys came from ("edited" for an edit); the file names are in
+// the test's folder.
+struct Row
+{
+    const char *Name;
+    StartState Start;
+    bool Edited; // before the command
+    Operation Command;
+    const char *File;
+    bool Saved;
+    const char *Current; // CurrentFile
+    bool KeymapKind;
+    const char *Picture; // its name
+    const char *Keys;
+    int Messages = 0;
+    const char *Written = ""; // holds the document's keymap or picture
+};
+
+const Row Rows[] = {
+    {"open profile", Unnamed, true, Open, "p.hid", true, "p.hid", false, "p.png", "p.hid"},
+    {"open tar archive", OnKeymap, true, Open, "t.tar", true, "t.tar", false, "t.png", "t.tar"},
+    {"open keymap: IsSaved stays changed", OnProfile, true, Open, "k.kcf", false, "k.kcf", true, "", "k.kcf"},
+    {"open keymap: IsSaved stays saved", OnProfile, false, Open, "k.kcf", true, "k.kcf", true, "", "k.kcf"},
+    {"open picture: left alone", OnProfile, true, Open, "pic.png", false, "p.hid", false, "p.png", "edited"},
+    {"open missing profile", OnProfile, true, Open, "no.hid", false, "p.hid", false, "p.png", "edited", 1},
+    {"open missing keymap", OnProfile, true, Open, "no.kcf", false, "p.hid", false, "p.png", "edited", 1},
+    {"start with profile", Unnamed, true, Start, "p.hid", true, "p.hid", false, "p.png", "p.hid"},
+    {"start with keymap", Unnamed, true, Start, "k.kcf", true, "k.kcf", true, "p.png", "k.kcf"},
+    {"start with missing file", OnKeymap, true, Start, "no.kcf", true, "", false, "p.png", "p.hid"},
+    {"start with text file", OnKeymap, true, Start, "notes.txt", true, "", false, "p.png", "p.hid"},
+    {"start with unreadable keymap", OnKeymap, true, Start, "dir.kcf", true, "", false, "p.png", "p.hid", 1},
+    {"template", OnKeymap, true, Template, "p.hid", true, "", false, "p.png", "p.hid"},
+    {"drop profile", OnKeymap, true, Drop, "p.hid", true, "p.hid", false, "p.png", "p.hid"},
+    {"drop keymap: keys only", OnProfile, false, Drop, "k.kcf", true, "p.hid", false, "p.png", "k.kcf"},
+    {"drop picture on keymap", OnKeymap, true, Drop, "pic.png", false, "", false, "pic.png", "edited"},
+    {"drop picture on profile", OnProfile, false, Drop, "pic.png", true, "p.hid", false, "pic.png", "p.hid"},
+    {"drop text file", OnKeymap, false, Drop, "notes.txt", true, "k.kcf", true, "", "k.kcf"},
+    {"import picture on keymap", OnKeymap, false, ImportPicture, "pic.png", false, "", false, "pic.png", "k.kcf"},
+    {"import picture on profile", OnProfile, false, ImportPicture, "pic.png", false, "p.hid", false, "pic.png",
+     "p.hid"},
+    {"import keymap", OnProfile, false, ImportKeymap, "k.kcf", false, "p.hid", false, "p.png", "k.kcf"},
+    {"import missing keymap", OnProfile, false, ImportKeymap, "no.kcf", true, "p.hid", false, "p.png", "p.hid", 1},
+    {"save profile", OnProfile, true, Save, "", true, "p.hid", false, "p.png", "edited", 0, "p.hid"},
+    {"save keymap", OnKeymap, true, Save, "", true, "k.kcf", true, "", "edited", 0, "k.kcf"},
+    {"save unnamed: no name, no message", Unnamed, true, Save, "", false, "", false, "p.png", "edited"},
+    {"save as profile gets .hid", Unnamed, true, SaveAs, "o", true, "o.hid", false, "p.png", "edited", 0, "o.hid"},
+    {"save as keymap", OnKeymap, true, SaveAs, "o.kcf", true, "o.kcf", true, "", "edited", 0, "o.kcf"},
+    {"save as profile without picture", Blank, true, SaveAs, "o", false, "", false, "", "edited", 1},
+    {"save as into missing folder", OnProfile, true, SaveAs, "no/o", false, "p.hid", false, "p.png", "edited", 1},
+    {"export picture", OnProfile, true, ExportPicture, "o.png", false, "p.hid", false, "p.png", "edited", 0, "o.png"},
+    {"export keymap", Unnamed, false, ExportKeymap, "o.kcf", true, "", false, "p.png", "p.hid", 0, "o.kcf"},
+    {"export to missing folder", OnKeymap, false, ExportKeymap, "no/o", true, "k.kcf", true, "", "k.kcf", 1},
+    {"edit", OnKeymap, false, Edit, "", false, "k.kcf", true, "", "edited"},
+};
+
 KeyAction Marked(const QString &origin)
 {
     return KeyAction{false, 0, 0, 65, origin};
-}
-void Mark(Document &document, const QString &origin)
-{
-    document.SetAction(PhoneKeys::Digit1, Marked(origin));
 }
 
 } // namespace
@@ -40,112 +90,58 @@ class tst_Document : public QObject
 
 private:
     std::unique_ptr<QTemporaryDir> m_dir;
-    QString Path(const QString &name) const { return name.isEmpty() ? QString() : m_dir->filePath(name); }
+    QString Path(const char *name) const { return *name ? m_dir->filePath(QString::fromLatin1(name)) : QString(); }
 
 private slots:
-    // p.hid with the picture p.png, t.tar alike, k.kcf, a picture and a text file.
+    // p.hid with the picture p.png, t.tar alike, k.kcf, a picture, a text file
+    // and a folder dir.kcf.
     void init()
     {
         m_dir = std::make_unique<QTemporaryDir>();
         QImage image(24, 32, QImage::Format_RGB32);
         image.fill(Qt::blue);
-        QVERIFY(image.save(Path(u"p.png"_s)) && image.save(Path(u"pic.png"_s)));
-        for (const QString &name : {u"p.hid"_s, u"t.tar"_s}) {
+        QVERIFY(image.save(Path("p.png")) && image.save(Path("pic.png")));
+        for (const char *name : {"p.hid", "t.tar"}) {
             Document document;
-            QVERIFY(document.AdoptPicture(Path(u"p.png"_s)));
-            Mark(document, name);
+            QVERIFY(document.AdoptPicture(Path("p.png")));
+            document.SetAction(PhoneKeys::Digit1, Marked(QString::fromLatin1(name)));
             QString path = Path(name);
             QVERIFY(document.SaveProfile(path, true));
         }
         Keymap keymap;
         keymap[PhoneKeys::Digit1] = Marked(u"k.kcf"_s);
-        QVERIFY(WriteKeymapText(keymap, Path(u"k.kcf"_s)) && WriteFile(Path(u"notes.txt"_s), "notes"));
+        QVERIFY(WriteKeymapText(keymap, Path("k.kcf")) && WriteFile(Path("notes.txt"), "notes"));
+        QVERIFY(QDir().mkpath(Path("dir.kcf")));
     }
     void cleanupTestCase() { DeleteTempFiles(); }
 
     void commands_data()
     {
-        QTest::addColumn<int>("start");
-        QTest::addColumn<bool>("edited");
-        QTest::addColumn<int>("operation");
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<bool>("saved");
-        QTest::addColumn<QString>("current"); // CurrentFile
-        QTest::addColumn<bool>("keymapKind");
-        QTest::addColumn<QString>("caption");
-        QTest::addColumn<QString>("picture"); // its name
-        QTest::addColumn<QString>("keys"); // the file key "1" came from
-        QTest::addColumn<int>("messages");
-        QTest::addColumn<QString>("written"); // holds the document's keymap or picture
-
-        const auto row = [](const char *name, StartState start, bool edited, Operation operation,
-                            const QString &file, bool saved, const QString &current, bool keymapKind,
-                            const QString &picture, const QString &keys, int messages = 0,
-                            const QString &written = {}) {
-            const QString caption
-                = (current.isEmpty() ? u"Unnamed"_s : current.section(u'.', 0, -2)) + u" - Padmapper"_s;
-            QTest::newRow(name) << int(start) << edited << int(operation) << file << saved << current
-                                << keymapKind << caption << picture << keys << messages << written;
-        };
-        const QString p = u"p.hid"_s, t = u"t.tar"_s, k = u"k.kcf"_s, png = u"p.png"_s, pic = u"pic.png"_s;
-        const QString txt = u"notes.txt"_s, ed = u"edited"_s, none;
-        const QString oHid = u"o.hid"_s, oKcf = u"o.kcf"_s, oPng = u"o.png"_s;
-        row("open profile", Unnamed, true, Open, p, true, p, false, png, p);
-        row("open tar archive", OnKeymap, true, Open, t, true, t, false, u"t.png"_s, t);
-        row("open keymap: IsSaved stays changed", OnProfile, true, Open, k, false, k, true, none, k);
-        row("open keymap: IsSaved stays saved", OnProfile, false, Open, k, true, k, true, none, k);
-        row("open picture: left alone", OnProfile, true, Open, pic, false, p, false, png, ed);
-        row("open missing profile", OnProfile, true, Open, u"no.hid"_s, false, p, false, png, ed, 1);
-        row("start with profile", Unnamed, true, Start, p, true, p, false, png, p);
-        row("start with keymap", Unnamed, true, Start, k, true, k, true, png, k);
-        row("start with missing file", OnKeymap, true, Start, u"no.kcf"_s, true, none, false, png, p);
-        row("start with text file", OnKeymap, true, Start, txt, true, none, false, png, p);
-        row("template", OnKeymap, true, Template, p, true, none, false, png, p);
-        row("drop profile", OnKeymap, true, Drop, p, true, p, false, png, p);
-        row("drop keymap: keys only", OnProfile, false, Drop, k, true, p, false, png, k);
-        row("drop picture on keymap", OnKeymap, true, Drop, pic, false, none, false, pic, ed);
-        row("drop picture on profile", OnProfile, false, Drop, pic, true, p, false, pic, p);
-        row("drop text file", OnKeymap, false, Drop, txt, true, k, true, none, k);
-        row("import picture on keymap", OnKeymap, false, ImportPicture, pic, false, none, false, pic, k);
-        row("import picture on profile", OnProfile, false, ImportPicture, pic, false, p, false, pic, p);
-        row("import keymap", OnProfile, false, ImportKeymap, k, false, p, false, png, k);
-        row("import missing keymap", OnProfile, false, ImportKeymap, u"no.kcf"_s, true, p, false, png, p, 1);
-        row("save profile", OnProfile, true, Save, none, true, p, false, png, ed, 0, p);
-        row("save keymap", OnKeymap, true, Save, none, true, k, true, none, ed, 0, k);
-        row("save unnamed: no name, no message", Unnamed, true, Save, none, false, none, false, png, ed);
-        row("save as profile gets .hid", Unnamed, true, SaveAs, u"o"_s, true, oHid, false, png, ed, 0, oHid);
-        row("save as keymap", OnKeymap, true, SaveAs, oKcf, true, oKcf, true, none, ed, 0, oKcf);
-        row("save as profile without picture", Blank, true, SaveAs, u"o"_s, false, none, false, none, ed, 1);
-        row("save as into missing folder", OnProfile, true, SaveAs, u"no/o"_s, false, p, false, png, ed, 1);
-        row("export picture", OnProfile, true, ExportPicture, oPng, false, p, false, png, ed, 0, oPng);
-        row("export keymap", Unnamed, false, ExportKeymap, oKcf, true, none, false, png, p, 0, oKcf);
-        row("export to missing folder", OnKeymap, false, ExportKeymap, u"no/o"_s, true, k, true, none, k, 1);
-        row("edit", OnKeymap, false, Edit, none, false, k, true, none, ed);
+        QTest::addColumn<int>("row");
+        for (const Row &row : Rows)
+            QTest::newRow(row.Name) << int(&row - Rows);
     }
     void commands()
     {
-        QFETCH(int, start);
-        QFETCH(bool, edited);
-        QFETCH(int, operation);
-        QFETCH(QString, file);
+        QFETCH(int, row);
+        const Row &r = Rows[row];
         Document document;
-        if (start == Unnamed || start == Blank)
-            document.OpenTemplate(start == Unnamed ? Path(u"p.hid"_s) : QString());
+        if (r.Start == Unnamed || r.Start == Blank)
+            document.OpenTemplate(r.Start == Unnamed ? Path("p.hid") : QString());
         else
-            QVERIFY(document.Open(Path(start == OnProfile ? u"p.hid"_s : u"k.kcf"_s)));
-        if (edited)
-            Mark(document, u"edited"_s);
-        QStringList messages;
-        connect(&document, &Document::MessageRaised, this,
-                [&messages](const DocumentMessage &message) { messages << message.Text; });
+            QVERIFY(document.Open(Path(r.Start == OnProfile ? "p.hid" : "k.kcf")));
+        if (r.Edited)
+            document.SetAction(PhoneKeys::Digit1, Marked(u"edited"_s));
+        int messages = 0;
+        connect(&document, &Document::MessageRaised, this, [&messages] { ++messages; });
 
-        const QString path = Path(file);
-        switch (operation) {
+        const QString path = Path(r.File);
+        switch (r.Command) {
         case Open: document.Open(path); break;
         case Start:
             // As the window starts: the default profile when the file is not taken.
             if (!document.OpenAtStart(path))
-                document.OpenTemplate(Path(u"p.hid"_s));
+                document.OpenTemplate(Path("p.hid"));
             break;
         case Template: document.OpenTemplate(path); break;
         case Drop: document.Drop(path); break;
@@ -155,22 +151,22 @@ private slots:
         case SaveAs: (void)document.SaveAs(path); break;
         case ExportPicture: (void)document.ExportPicture(path); break;
         case ExportKeymap: (void)document.ExportKeymap(path); break;
-        case Edit: Mark(document, u"edited"_s); break;
+        case Edit: document.SetAction(PhoneKeys::Digit1, Marked(u"edited"_s)); break;
         }
 
-        QTEST(document.IsSaved(), "saved");
-        QFETCH(QString, current);
-        QCOMPARE(document.CurrentFile(), Path(current));
-        QTEST(document.IsKeymapDocument(), "keymapKind");
-        QTEST(document.Caption(), "caption");
-        QTEST(document.Picture().PictureName, "picture");
-        QTEST(document.Action(PhoneKeys::Digit1).Comment, "keys");
-        QTEST(int(messages.size()), "messages");
-        QFETCH(QString, written);
+        QCOMPARE(document.IsSaved(), r.Saved);
+        QCOMPARE(document.CurrentFile(), Path(r.Current));
+        QCOMPARE(document.IsKeymapDocument(), r.KeymapKind);
+        const QString name = QString::fromLatin1(r.Current).section(u'.', 0, -2);
+        QCOMPARE(document.Caption(), (name.isEmpty() ? u"Unnamed"_s : name) + u" - Padmapper"_s);
+        QCOMPARE(document.Picture().PictureName, QString::fromLatin1(r.Picture));
+        QCOMPARE(document.Action(PhoneKeys::Digit1).Comment, QString::fromLatin1(r.Keys));
+        QCOMPARE(messages, r.Messages);
+        const QString written = Path(r.Written);
         if (written.endsWith(u".png"_s))
-            QCOMPARE(ReadAll(Path(written)), ReadAll(document.Picture().PictureTempPath));
+            QCOMPARE(ReadAll(written), ReadAll(document.Picture().PictureTempPath));
         else if (!written.isEmpty())
-            QVERIFY(ReadAll(Path(written)).contains(WriteKeymapText(document.CurrentKeymap()).toLatin1()));
+            QVERIFY(ReadAll(written).contains(WriteKeymapText(document.CurrentKeymap()).toLatin1()));
     }
 };
 

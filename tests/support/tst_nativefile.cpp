@@ -4,9 +4,9 @@
 #include "../testfiles.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QUrl>
 
 #include <unistd.h>
 
@@ -23,6 +23,12 @@ private:
     QString Path(const QString &name) const { return m_dir.filePath(name); }
 
 private slots:
+    void initTestCase()
+    {
+        QVERIFY(QDir().mkpath(Path(u"out"_s)) && MakePipe(Path(u"out/pipe"_s))
+            && WriteFile(Path(u"file"_s), "bytes"));
+    }
+
     void namesSurviveTheFileSystem_data()
     {
         QTest::addColumn<QByteArray>("bytes");
@@ -33,7 +39,7 @@ private slots:
         QTest::newRow("not UTF-8 at all") << QByteArray("\xFF\xFE.hid") << u"\xDCFF\xDCFE.hid"_s;
         QTest::newRow("overlong slash") << QByteArray("\xC0\xAF") << u"\xDCC0\xDCAF"_s;
         QTest::newRow("encoded escape") << QByteArray("\xED\xB3\xBF") << u"\xDCED\xDCB3\xDCBF"_s;
-        QTest::newRow("cut sequence") << QByteArray("a\xE2\x82") << u"a\xDCE2\xDC82"_s;
+        QTest::newRow("cut sequence, lowest escape") << QByteArray("a\xE2\x80") << u"a\xDCE2\xDC80"_s;
     }
     void namesSurviveTheFileSystem()
     {
@@ -41,16 +47,15 @@ private slots:
         QFETCH(QString, text);
         QCOMPARE(DecodeFileName(bytes), text);
         QCOMPARE(EncodeFileName(text), bytes);
-        const QString path = Path(text);
-        QVERIFY(WriteWholeFile(path, "x"));
+        // A dropped file's URL carries the same bytes, percent-encoded.
+        QCOMPARE(LocalFileFromUrl(QUrl::fromEncoded("file:///d/" + bytes.toPercentEncoding())), u"/d/"_s + text);
+        QVERIFY(WriteWholeFile(Path(text), "x"));
         QCOMPARE(::access((QFile::encodeName(m_dir.path()) + '/' + bytes).constData(), F_OK), 0);
-        QFile file;
-        QVERIFY(OpenForReading(file, path));
         const QString previous = QDir::currentPath();
         QVERIFY(QDir::setCurrent(m_dir.path()));
-        QCOMPARE(AbsoluteFilePath(text), path);
+        QCOMPARE(AbsoluteFilePath(text), Path(text));
         QVERIFY(QDir::setCurrent(previous));
-        QVERIFY(RemoveFile(path));
+        QVERIFY(RemoveFile(Path(text)));
     }
 
     void readingOpensOnlyRegularFiles_data()
@@ -59,15 +64,13 @@ private slots:
         QTest::addColumn<FileProblem>("problem");
         QTest::newRow("regular file") << u"file"_s << FileProblem::None;
         QTest::newRow("nothing there") << u"none"_s << FileProblem::Missing;
-        QTest::newRow("pipe") << u"pipe"_s << FileProblem::NotRegularFile;
+        QTest::newRow("pipe") << u"out/pipe"_s << FileProblem::NotRegularFile;
         QTest::newRow("below a file") << u"file/x"_s << FileProblem::FolderMissing;
     }
     void readingOpensOnlyRegularFiles()
     {
         QFETCH(QString, name);
         QFETCH(FileProblem, problem);
-        QVERIFY(WriteFile(Path(u"file"_s), "bytes"));
-        QVERIFY(PathExists(Path(u"pipe"_s)) || ::mkfifo(QFile::encodeName(Path(u"pipe"_s)).constData(), 0600) == 0);
         QFile file;
         FileError error;
         QCOMPARE(OpenForReading(file, Path(name), &error), problem == FileProblem::None);
@@ -90,8 +93,6 @@ private slots:
         QFETCH(QString, target);
         QFETCH(int, sizeLimit);
         QFETCH(FileProblem, problem);
-        QVERIFY(QDir().mkpath(Path(u"out"_s)));
-        QVERIFY(PathExists(Path(u"out/pipe"_s)) || ::mkfifo(QFile::encodeName(Path(u"out/pipe"_s)).constData(), 0600) == 0);
         QVERIFY(WriteFile(Path(u"out/t"_s), "previous"));
         QVERIFY(::chmod(QFile::encodeName(Path(u"out/t"_s)).constData(), 0640) == 0);
         const QStringList before = QDir(Path(u"out"_s)).entryList(QDir::AllEntries | QDir::Hidden);
@@ -103,14 +104,17 @@ private slots:
                 limit.emplace(sizeLimit);
             QCOMPARE(WriteWholeFile(Path(target), bytes, &error), problem == FileProblem::None);
         }
+        {
+            WholeFileWriter abandoned(Path(u"out/t"_s)); // never committed: leaves no trace
+            QVERIFY(abandoned.Open() && abandoned.Write("abandoned"));
+        }
         QCOMPARE(error.Problem, problem);
+        QCOMPARE(error.Path, problem == FileProblem::None ? QString() : Path(target));
         QCOMPARE(ReadAll(Path(u"out/t"_s)), problem == FileProblem::None ? bytes : QByteArray("previous"));
-        struct stat status {};
+        struct stat status = {};
         QVERIFY(::stat(QFile::encodeName(Path(u"out/t"_s)).constData(), &status) == 0);
         QCOMPARE(status.st_mode & 07777, 0640u);
         QCOMPARE(QDir(Path(u"out"_s)).entryList(QDir::AllEntries | QDir::Hidden), before);
-        if (problem != FileProblem::None)
-            QCOMPARE(error.Path, Path(target));
     }
 };
 
