@@ -253,7 +253,8 @@ bool SerialLink::OpenPort(const QString &portName, qint32 speed)
         qCDebug(lcPhone) << "no DTR/RTS on" << portName << port->errorString();
     port->clearError();
 #ifdef Q_OS_UNIX
-    RememberOpenPort(port->handle());
+    m_portDescriptor = port->handle();
+    RememberOpenPort(m_portDescriptor);
 #endif
     m_port = std::move(port);
     m_device = m_port.get();
@@ -267,7 +268,8 @@ bool SerialLink::ClosePort()
     if (!m_port)
         return true;
 #ifdef Q_OS_UNIX
-    ForgetOpenPort(m_port->handle());
+    ForgetOpenPort(m_portDescriptor);
+    m_portDescriptor = -1;
 #endif
     m_port->close();
     const bool closed = m_port->error() == QSerialPort::NoError;

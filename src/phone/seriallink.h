@@ -114,6 +114,9 @@ private:
 
     QIODevice *m_device = nullptr;
     std::unique_ptr<QSerialPort> m_port;
+    // Taken at opening: a port whose device went away may no longer know it,
+    // and the signal handlers' list must still be cleared of it.
+    int m_portDescriptor = -1;
     PortOpenError m_openError = PortOpenError::None;
     PortHolder m_holder;
     int m_readTimeoutMs = DefaultReadTimeoutMs;
