@@ -37,13 +37,22 @@ function(add_core_library name)
     target_link_libraries(${name} PUBLIC padmapper_options ${ARG_LIBS})
 endfunction()
 
-# add_unit_test(name SOURCES ... LIBS ... [WIDGETS]): a QtTest executable registered with CTest.
+# add_unit_test(name SOURCES ... LIBS ... [WIDGETS] [RUNNER command ...]): a QtTest executable
+# registered with CTest, run by the runner command when one is given.
 function(add_unit_test name)
-    cmake_parse_arguments(ARG "WIDGETS" "" "SOURCES;LIBS" ${ARGN})
+    cmake_parse_arguments(ARG "WIDGETS" "" "SOURCES;LIBS;RUNNER" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE padmapper_options Qt6::Test ${ARG_LIBS})
 
-    add_test(NAME ${name} COMMAND ${name})
+    if(ARG_RUNNER)
+        add_test(NAME ${name} COMMAND ${ARG_RUNNER} $<TARGET_FILE:${name}>)
+    else()
+        add_test(NAME ${name} COMMAND ${name})
+    endif()
     set(env "QT_QPA_PLATFORM=offscreen")
+    # The machine's own D-Bus buses are never used: a test that needs buses
+    # gets private ones from its runner, which sets these again.
+    list(APPEND env "DBUS_SYSTEM_BUS_ADDRESS=unix:path=/nonexistent/padmapper-test-bus"
+        "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/padmapper-test-bus")
     set_tests_properties(${name} PROPERTIES ENVIRONMENT "${env}" TIMEOUT 300)
 endfunction()

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "clioutput.h"
+#include "devicescommand.h"
 #include "keymap/keytable.h"
 #include "portscommand.h"
 #include "profile/tempfiles.h"
@@ -43,7 +44,14 @@ Commands:
                  output, the error message to standard error. Ctrl-C,
                  SIGTERM and SIGHUP abort the upload, closing the port, and
                  then end the tool as the signal does.
+  upload PROFILE --bluetooth ADDRESS [--method push|ftp] [--name NAME]
+                 Send a profile to a paired phone over Bluetooth through
+                 BlueZ's OBEX service (obexd, package bluez-obexd), by Object
+                 Push (default) or as an OBEX file transfer into the phone's
+                 current folder. Status lines, messages and Ctrl-C as above.
   ports          List the serial ports the settings offer, one per line.
+  devices        List the Bluetooth devices paired with this computer, one per
+                 line: the address, a tab, the name.
 
 Options:
   --language FILE.lng  Take the texts from this language file (default: English).
@@ -137,6 +145,10 @@ int main(int argc, char *argv[])
         if (!positional.isEmpty())
             return UsageError(u"ports takes no arguments"_s);
         status = RunPorts();
+    } else if (command == "devices"_L1) {
+        if (!positional.isEmpty())
+            return UsageError(u"devices takes no arguments"_s);
+        status = RunDevices();
     } else if (command == "pack"_L1) {
         if (positional.size() != 3)
             return UsageError(u"pack takes a picture, a keymap and the profile to write"_s);

@@ -11,6 +11,11 @@
 #include "profile/tempfiles.h"
 #include "settings/filemessage.h"
 #include "settings/languagetext.h"
+#include "transport/uploadjobs.h"
+
+#ifdef PADMAPPER_HAS_DBUS
+#include "bluetooth/paireddevices.h"
+#endif
 
 #include <QEventLoop>
 #include <QFile>
@@ -30,7 +35,7 @@ namespace {
 
 constexpr qint32 DefaultSpeed = 115200;
 constexpr int ProgressBarWidth = 30;
-const QStringList ValueOptions = {u"--port"_s, u"--speed"_s, u"--name"_s};
+const QStringList ValueOptions = {u"--port"_s, u"--speed"_s, u"--name"_s, u"--bluetooth"_s, u"--method"_s};
 
 bool StdoutIsTerminal()
 {
@@ -84,6 +89,22 @@ QByteArray ProgressBar(qint64 bytesSent, qint64 total, qint32 rate)
            + QByteArray::number(qRound(rate / 1024.0)) + " KB/s\x1b[K";
 }
 
+// The phone's name as BlueZ knows it, for the status lines; "" when it is not
+// paired or BlueZ does not answer soon.
+QString PairedName(const QString &address)
+{
+#ifdef PADMAPPER_HAS_DBUS
+    constexpr int QuickAnswerMs = 2000;
+    for (const PairedDevice &device : PairedDevices(QuickAnswerMs).value_or(QList<PairedDevice>())) {
+        if (device.Address.compare(address, Qt::CaseInsensitive) == 0)
+            return device.Alias;
+    }
+#else
+    Q_UNUSED(address);
+#endif
+    return {};
+}
+
 } // namespace
 
 bool IsUploadOption(const QString &argument)
@@ -96,6 +117,8 @@ int RunUpload(const QStringList &arguments)
     QString profile;
     QString port;
     QString name;
+    QString bluetooth;
+    QString method;
     qint32 speed = DefaultSpeed;
     for (qsizetype i = 0; i < arguments.size(); ++i) {
         const QString &argument = arguments[i];
@@ -115,6 +138,10 @@ int RunUpload(const QStringList &arguments)
         const QString option = argument.section(u'=', 0, 0);
         if (option == "--port"_L1) {
             port = value;
+        } else if (option == "--bluetooth"_L1) {
+            bluetooth = value;
+        } else if (option == "--method"_L1) {
+            method = value;
         } else if (option == "--name"_L1) {
             name = value;
         } else {
@@ -126,8 +153,20 @@ int RunUpload(const QStringList &arguments)
     }
     if (profile.isEmpty())
         return UsageError(u"upload needs a profile"_s);
-    if (port.isEmpty())
-        return UsageError(u"upload needs --port"_s);
+    if (port.isEmpty() == bluetooth.isEmpty())
+        return UsageError(u"upload needs either --port or --bluetooth"_s);
+    const std::optional<ObexMethod> obexMethod = ParseObexMethod(method.isEmpty() ? u"push"_s : method);
+    if (!method.isEmpty() && bluetooth.isEmpty())
+        return UsageError(u"--method goes with --bluetooth"_s);
+    if (!obexMethod)
+        return UsageError(u"--method takes push or ftp"_s);
+    const std::optional<QString> address = ParseBluetoothAddress(bluetooth);
+    if (!bluetooth.isEmpty() && !address)
+        return UsageError(u"--bluetooth needs an address such as 00:11:22:33:44:55"_s);
+    if (address && !BluetoothAvailable()) {
+        Complain(u"Bluetooth is not available on this system"_s);
+        return ExitStatus::Failure;
+    }
     FileError profileError;
     if (QFile file; !OpenForReading(file, profile, &profileError)) {
         Complain(FileFailureMessage(u"no profile"_s, profileError));
@@ -140,6 +179,10 @@ int RunUpload(const QStringList &arguments)
 
     // The user's file is finished already: it is sent as it is, not copied.
     UploadRequest request;
+    if (address) {
+        request.Connection = PhoneConnection::Bluetooth;
+        request.Phone = {*address, PairedName(*address), *obexMethod};
+    }
     request.Port = SerialPort::Parse(port).value_or(SerialPort());
     request.Speed = speed;
     request.RemoteName = name.isEmpty() ? RemoteProfileName(profile) : name;

@@ -21,6 +21,7 @@
 #include "settings/readme.h"
 #include "support/nativefile.h"
 #include "support/programpaths.h"
+#include "transport/uploadjobs.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -192,6 +193,8 @@ void MainWindow::Startup(const QStringList &arguments)
 {
     setFont(QFontDatabase::systemFont(QFontDatabase::GeneralFont));
     m_settings = m_store.Read();
+    if (!BluetoothAvailable())
+        m_settings.Connection = PhoneConnection::Serial;
     SetLanguage(m_settings.Language);
     ApplyMainWindowLanguage();
     if (m_settings.Left > 0)
@@ -200,7 +203,7 @@ void MainWindow::Startup(const QStringList &arguments)
         move(x(), m_settings.Top);
     show();
 
-    if (!m_settings.HasPort() && m_dialogs.ConfigurePort(this))
+    if (!m_settings.HasConnection() && m_dialogs.ConfigurePort(this))
         TakeStoredSettings();
 
     QString path;
@@ -480,6 +483,8 @@ void MainWindow::TakeStoredSettings()
     const Settings stored = m_store.Read();
     m_settings.Port = stored.Port;
     m_settings.Speed = stored.Speed;
+    m_settings.Connection = BluetoothAvailable() ? stored.Connection : PhoneConnection::Serial;
+    m_settings.Phone = stored.Phone;
     if (stored.Language != m_settings.Language) {
         // A new language shows at once.
         m_settings.Language = stored.Language;
@@ -491,6 +496,8 @@ void MainWindow::TakeStoredSettings()
 void MainWindow::SendProfile()
 {
     UploadRequest request;
+    request.Connection = m_settings.Connection;
+    request.Phone = m_settings.Phone;
     request.Port = m_settings.Port;
     request.Speed = m_settings.Speed;
     request.RemoteName = RemoteProfileName(m_document->CurrentFile());

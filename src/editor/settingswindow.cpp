@@ -6,6 +6,11 @@
 #include "settings/filetypes.h"
 #include "settings/settingsstore.h"
 #include "support/programpaths.h"
+#include "transport/uploadjobs.h"
+
+#ifdef PADMAPPER_HAS_DBUS
+#include "bluetooth/paireddevices.h"
+#endif
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -17,6 +22,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -41,6 +47,39 @@ public:
 };
 
 constexpr int LanguageExtensionLength = 4; // ".lng"
+
+// Of each listed phone, beside its shown text.
+constexpr int AddressRole = Qt::UserRole;
+constexpr int AliasRole = Qt::UserRole + 1;
+
+#ifdef PADMAPPER_HAS_DBUS
+// A window waits no longer than this for BlueZ to list the paired phones.
+constexpr int PairedListTimeoutMs = 2000;
+
+// The paired phones as "Name (address)", asked for again each time the list
+// opens (a phone paired meanwhile shows up); an address may also be typed.
+class PhoneComboBox : public QComboBox
+{
+public:
+    using QComboBox::QComboBox;
+    void Refresh()
+    {
+        const QString current = currentText();
+        clear();
+        for (const PairedDevice &device : PairedDevices(PairedListTimeoutMs).value_or(QList<PairedDevice>())) {
+            addItem(u"%1 (%2)"_s.arg(device.Alias, device.Address));
+            setItemData(count() - 1, device.Address, AddressRole);
+            setItemData(count() - 1, device.Alias, AliasRole);
+        }
+        setCurrentText(current);
+    }
+    void showPopup() override
+    {
+        Refresh();
+        QComboBox::showPopup();
+    }
+};
+#endif
 
 } // namespace
 
@@ -110,6 +149,8 @@ SettingsWindow::SettingsWindow(SettingsStore &store, FileTypes &fileTypes, QWidg
     auto *connectionLayout = new QFormLayout(connection);
     connectionLayout->addRow(LanguageText(EditorText::SettingsPort), m_port);
     connectionLayout->addRow(LanguageText(EditorText::SettingsSpeed), m_speed);
+    if (BluetoothAvailable())
+        AddBluetoothChoice(*connectionLayout, settings);
 
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     buttons->button(QDialogButtonBox::Ok)->setText(LanguageText(EditorText::SettingsOk));
@@ -151,6 +192,75 @@ void SettingsWindow::accept()
     if (numeric)
         settings.Speed = SpeedInRange(speed);
     m_store.WritePort(settings.Port, settings.Speed);
+    if (m_bluetoothChoice) {
+        BluetoothPhone phone = ChosenPhone().value_or(settings.Phone);
+        phone.Method = ObexMethod(m_method->currentIndex());
+        m_store.WriteConnection(m_bluetoothChoice->isChecked() ? PhoneConnection::Bluetooth : PhoneConnection::Serial,
+                                phone);
+    }
     (void)m_store.Sync();
     QDialog::accept();
+}
+
+void SettingsWindow::AddBluetoothChoice(QFormLayout &layout, const Settings &settings)
+{
+    auto *connection = layout.parentWidget();
+    m_serialChoice = new QRadioButton(LanguageText(EditorText::SettingsSerial), connection);
+    m_bluetoothChoice = new QRadioButton(LanguageText(EditorText::SettingsBluetooth), connection);
+    layout.insertRow(0, m_serialChoice);
+    layout.addRow(m_bluetoothChoice);
+#ifdef PADMAPPER_HAS_DBUS
+    auto *phones = new PhoneComboBox(connection);
+    phones->Refresh();
+    m_phone = phones;
+#else
+    m_phone = new QComboBox(connection);
+#endif
+    m_phone->setEditable(true);
+    m_phone->setInsertPolicy(QComboBox::NoInsert);
+    m_phone->lineEdit()->setPlaceholderText(u"00:11:22:33:44:55"_s);
+    // With no phone chosen yet, the first paired one is offered.
+    const int listed = settings.Phone.IsSet() ? m_phone->findData(settings.Phone.Address, AddressRole) : 0;
+    if (listed >= 0 && listed < m_phone->count())
+        m_phone->setCurrentIndex(listed);
+    else
+        m_phone->setCurrentText(settings.Phone.IsSet() ? u"%1 (%2)"_s.arg(settings.Phone.Name, settings.Phone.Address)
+                                                       : QString());
+    m_method = new QComboBox(connection);
+    // In the order of ObexMethod.
+    m_method->addItem(LanguageText(EditorText::SettingsMethodPush));
+    m_method->addItem(LanguageText(EditorText::SettingsMethodFtp));
+    m_method->setCurrentIndex(int(settings.Phone.Method));
+    layout.addRow(LanguageText(EditorText::SettingsPhone), m_phone);
+    layout.addRow(LanguageText(EditorText::SettingsMethod), m_method);
+
+    (settings.Connection == PhoneConnection::Bluetooth ? m_bluetoothChoice : m_serialChoice)->setChecked(true);
+    connect(m_bluetoothChoice, &QRadioButton::toggled, this, &SettingsWindow::ShowConnectionChoice);
+    ShowConnectionChoice();
+}
+
+void SettingsWindow::ShowConnectionChoice()
+{
+    const bool bluetooth = m_bluetoothChoice->isChecked();
+    for (QWidget *serial : {static_cast<QWidget *>(m_port), static_cast<QWidget *>(m_speed)})
+        serial->setEnabled(!bluetooth);
+    m_phone->setEnabled(bluetooth);
+    m_method->setEnabled(bluetooth);
+}
+
+std::optional<BluetoothPhone> SettingsWindow::ChosenPhone() const
+{
+    const QString text = m_phone->currentText().trimmed();
+    // "Name (address)", as listed or as stored, or a bare address.
+    const qsizetype open = text.lastIndexOf(u'(');
+    const QString addressText = open >= 0 && text.endsWith(u')') ? text.mid(open + 1, text.size() - open - 2) : text;
+    const std::optional<QString> address = ParseBluetoothAddress(addressText);
+    if (!address)
+        return std::nullopt;
+    BluetoothPhone phone;
+    phone.Address = *address;
+    const int listed = m_phone->findData(*address, AddressRole);
+    phone.Name = listed >= 0 ? m_phone->itemData(listed, AliasRole).toString()
+                             : (open >= 0 ? text.left(open).trimmed() : QString());
+    return phone;
 }

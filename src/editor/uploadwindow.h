@@ -2,6 +2,7 @@
 #pragma once
 
 #include "phone/uploadjob.h"
+#include "transport/uploadjobs.h"
 
 #include <QDialog>
 #include <QString>

@@ -2,7 +2,6 @@
 #include "uploadjob.h"
 
 #include "phonetexts.h"
-#include "serialuploadjob.h"
 #include "settings/commontexts.h"
 
 #include <algorithm>
@@ -24,6 +23,8 @@ QString FileNamePart(const QString &path)
 
 bool UploadRequest::HasConnection() const
 {
+    if (Connection == PhoneConnection::Bluetooth)
+        return Phone.IsSet();
     return Port.IsSet() && Speed != 0;
 }
 
@@ -46,9 +47,4 @@ int UploadJob::Percent(qint64 bytesSent, qint64 total)
 QString UploadJob::ProgressCaption(int percent)
 {
     return QString::number(percent) + "%  "_L1 + LanguageText(PhoneText::UploadCaption);
-}
-
-std::unique_ptr<UploadJob> MakeUploadJob(UploadRequest request)
-{
-    return std::make_unique<SerialUploadJob>(std::move(request));
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "seriallink.h"
+#include "settings/phoneconnection.h"
 #include "settings/serialport.h"
 
 #include <QObject>
@@ -15,9 +16,12 @@ enum class UploadResult { Succeeded, Failed, Aborted };
 // What to send to the phone, and how to reach it.
 struct UploadRequest
 {
+    PhoneConnection Connection = PhoneConnection::Serial;
     // The serial line to the phone.
     SerialPort Port;
     qint32 Speed = 0; // bit/s
+    // The Bluetooth phone, for PhoneConnection::Bluetooth.
+    BluetoothPhone Phone;
     QString RemoteName;
     // The finished profile file to send; "" when it could not be written.
     QString ProfilePath;
@@ -30,7 +34,7 @@ struct UploadRequest
     int OpenPauseMs = 1000;
 
     // Whether a way to the phone is configured (for the serial line a port
-    // and a speed). Without one an upload fails at once, so there is no need
+    // and a speed, for Bluetooth the phone's address). Without one an upload fails at once, so there is no need
     // to write a file for it.
     [[nodiscard]] bool HasConnection() const;
 };
@@ -80,6 +84,3 @@ signals:
 };
 
 using UploadJobMaker = std::function<std::unique_ptr<UploadJob>(UploadRequest)>;
-
-// The job that carries the upload the request asks for: the serial line.
-std::unique_ptr<UploadJob> MakeUploadJob(UploadRequest request);

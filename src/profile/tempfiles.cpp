@@ -156,6 +156,30 @@ QString NewTempFile(const QString &prefix)
     return {};
 }
 
+QString NewTempFileNamed(const QString &name)
+{
+    if (name.isEmpty() || name == "."_L1 || name == ".."_L1 || name.contains(u'/') || name.contains(u'\\'))
+        return {};
+    TempFileList &list = List();
+    const QMutexLocker lock(&list.mutex);
+    const QString folderPath = OwnFolder(list);
+    if (folderPath.isEmpty())
+        return {};
+    QTemporaryDir folder(QDir(folderPath).filePath("named-XXXXXX"_L1));
+    if (!folder.isValid())
+        return {};
+    const QString path = folder.filePath(name);
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly, QFileDevice::ReadOwner | QFileDevice::WriteOwner))
+        return {};
+    file.close();
+    folder.setAutoRemove(false);
+    list.paths << path;
+    RegisterForSignals(path);
+    RegisterForSignals(folder.path());
+    return path;
+}
+
 void DeleteStaleTempFiles()
 {
     const QString system = QDir::tempPath();
@@ -221,7 +245,10 @@ void DeleteTempFilesFromSignalHandler()
     for (std::size_t i = 0; i < used; ++i) {
         if (const char *path = g_signalSlots[i].load()) {
 #ifdef Q_OS_UNIX
-            ::unlink(path);
+            // A slot may also hold the folder of a named file, listed after
+            // the file: only one of the two calls succeeds.
+            if (::unlink(path) != 0)
+                ::rmdir(path);
 #else
             std::remove(path);
 #endif

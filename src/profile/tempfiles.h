@@ -21,6 +21,14 @@
 // system's temporary folder, or it is full).
 QString NewTempFile(const QString &prefix);
 
+// Creates a new empty file called name in a new folder of its own inside the
+// program's private folder, for a receiver that takes the file's own name,
+// and puts the file on the list. Deleting the file and then its folder is the
+// caller's; DeleteTempFiles() removes whatever is left. Returns the file's
+// full path, or "" when name is not a plain file name or nothing could be
+// made.
+QString NewTempFileNamed(const QString &name);
+
 // Removes the private folders, with all in them, of this user's programs that
 // are no longer running. Folders of running programs, of other users, and
 // folders whose lock names no owner yet are left alone. Reads the system's

@@ -89,6 +89,11 @@ Settings SettingsStore::Read() const
 #else
     settings.Port = SerialPort::Parse(String(u"PortName"_s)).value_or(SerialPort());
 #endif
+    if (String(u"Connection"_s) == "Bluetooth"_L1)
+        settings.Connection = PhoneConnection::Bluetooth;
+    settings.Phone.Address = ParseBluetoothAddress(String(u"BluetoothAddress"_s)).value_or(QString());
+    settings.Phone.Name = String(u"BluetoothName"_s);
+    settings.Phone.Method = ParseObexMethod(String(u"BluetoothMethod"_s)).value_or(ObexMethod::Push);
     return settings;
 }
 
@@ -118,6 +123,14 @@ void SettingsStore::WritePort(const SerialPort &port, int speed)
     m_user->setValue(u"PortName"_s, port.Name());
 #endif
     m_user->setValue(u"Speed"_s, speed);
+}
+
+void SettingsStore::WriteConnection(PhoneConnection connection, const BluetoothPhone &phone)
+{
+    m_user->setValue(u"Connection"_s, connection == PhoneConnection::Bluetooth ? u"Bluetooth"_s : u"Serial"_s);
+    m_user->setValue(u"BluetoothAddress"_s, phone.Address);
+    m_user->setValue(u"BluetoothName"_s, phone.Name);
+    m_user->setValue(u"BluetoothMethod"_s, ObexMethodName(phone.Method));
 }
 
 bool SettingsStore::Sync()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "phoneconnection.h"
 #include "serialport.h"
 
 #include <QString>
@@ -24,12 +25,22 @@ struct Settings
     // Stored as COMPort (its number, in 16 bits) on Windows, elsewhere as
     // PortName (the device path).
     SerialPort Port;
+    // Stored as Connection ("Serial" or "Bluetooth"; anything else, or none,
+    // is the serial port), BluetoothAddress, BluetoothName and
+    // BluetoothMethod ("Push" or "FTP").
+    PhoneConnection Connection = PhoneConnection::Serial;
+    BluetoothPhone Phone;
 
     static constexpr int DefaultSpeed = 115200;
     static constexpr int HighestSpeed = 921600;
 
     // A port to send to is configured.
     bool HasPort() const { return Port.IsSet(); }
+    // The chosen way to the phone is configured: the port, or the phone.
+    bool HasConnection() const
+    {
+        return Connection == PhoneConnection::Bluetooth ? Phone.IsSet() : HasPort();
+    }
 };
 
 // The speed actually used: values below 1 or above 921600 give 115200.
@@ -60,6 +71,8 @@ public:
     // Both COMPort and PortName are written, as they always were; the one this
     // system does not use keeps the value it had.
     void WritePort(const SerialPort &port, int speed);
+    // The connection chosen and the Bluetooth phone, whichever is chosen.
+    void WriteConnection(PhoneConnection connection, const BluetoothPhone &phone);
 
     // Any other value by name ("LasthidClass"), "" when missing.
     QString String(const QString &name) const;

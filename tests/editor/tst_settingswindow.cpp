@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QListWidget>
 #include <QProcess>
+#include <QRadioButton>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
@@ -90,6 +91,40 @@ private slots:
         QVERIFY(QFile::exists(m_types->MimePackagePath()));
         QCOMPARE(m_types->BoundClass(FileType::Profile), QString());
         QCOMPARE(m_types->BoundClass(FileType::Keymap), QString());
+    }
+
+    void bluetoothPhoneOnOk_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("address");
+        QTest::addColumn<QString>("name");
+        QTest::newRow("address") << u"00-1a-2b-3c-4d-5e"_s << u"00:1A:2B:3C:4D:5E"_s << QString();
+        QTest::newRow("as listed") << u"Pocket (00:1A:2B:3C:4D:5E)"_s << u"00:1A:2B:3C:4D:5E"_s << u"Pocket"_s;
+        QTest::newRow("no address keeps none") << u"my phone"_s << QString() << QString();
+    }
+    void bluetoothPhoneOnOk()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, address);
+        {
+            auto window = Open();
+            QVERIFY(!window->BluetoothChoice()->isChecked());
+            window->BluetoothChoice()->setChecked(true);
+            QVERIFY(!window->PortBox()->isEnabled());
+            window->PhoneBox()->setCurrentText(typed);
+            window->MethodBox()->setCurrentIndex(1);
+            window->accept();
+        }
+        const Settings settings = SettingsStore(Path(u"settings.ini"_s)).Read();
+        QCOMPARE(settings.Connection, PhoneConnection::Bluetooth);
+        QCOMPARE(settings.Phone.Address, address);
+        QTEST(settings.Phone.Name, "name");
+        QCOMPARE(settings.Phone.Method, ObexMethod::FileTransfer);
+        QCOMPARE(settings.Port.Name(), u"/dev/rfcomm0"_s);
+        auto again = Open();
+        QVERIFY(again->BluetoothChoice()->isChecked());
+        QVERIFY(again->PhoneBox()->currentText().contains(address));
+        QCOMPARE(again->MethodBox()->currentIndex(), 1);
     }
 
     void typeIsHandedBackToItsPreviousOwner()

@@ -2,6 +2,7 @@
 #include "fakephone.h"
 #include "phone/obexsession.h"
 #include "phone/profileupload.h"
+#include "phone/serialuploadjob.h"
 #include "profile/tar.h"
 #include "scripteddevice.h"
 #include "settings/languagetext.h"
@@ -316,7 +317,7 @@ private slots:
             offThread |= QThread::currentThread() != thread();
         };
         // Without a receiver, as the console tool connects: called where emitted.
-        std::unique_ptr<UploadJob> job = MakeUploadJob(request);
+        std::unique_ptr<UploadJob> job = std::make_unique<SerialUploadJob>(request);
         connect(job.get(), &UploadJob::StatusChanged, [&] { note(u"status"_s); });
         connect(job.get(), &UploadJob::ProgressChanged, [&] { note(u"progress"_s); });
         connect(job.get(), &UploadJob::Finished, [&](UploadResult result) { note(u"finished %1"_s.arg(int(result))); });

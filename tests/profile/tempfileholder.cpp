@@ -12,8 +12,9 @@ int main(int argc, char *argv[])
 {
     QCoreApplication app(argc, argv);
     DeleteTempFilesOnTermination();
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 2; ++i)
         std::printf("%s\n", qPrintable(NewTempFile(QStringLiteral("PMX"))));
+    std::printf("%s\n", qPrintable(NewTempFileNamed(QStringLiteral("Game.hid")))); // in a folder of its own
     std::fflush(stdout);
     QThread::sleep(60);
     DeleteTempFiles();

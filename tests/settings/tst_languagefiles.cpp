@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "bluetooth/bluetoothtexts.h"
 #include "editor/editortexts.h"
 #include "keymap/keyactiontext.h"
 #include "keymap/keymaptexts.h"
@@ -43,8 +44,8 @@ IniFile Load(const QString &name)
 QList<UiText> AllTexts()
 {
     QList<UiText> all;
-    const std::span<const UiText> tables[] = {CommonTexts, KeymapTexts, ProfileTexts,
-                                              PhoneTexts,  EditorTexts, MouseToolTipTexts};
+    const std::span<const UiText> tables[] = {CommonTexts, KeymapTexts, ProfileTexts,      PhoneTexts,
+                                              EditorTexts, BluetoothTexts, MouseToolTipTexts};
     for (const auto &table : tables)
         all.append(QList<UiText>(table.begin(), table.end()));
     for (int i = 0; i < SpecialKeyCount; ++i)

@@ -91,6 +91,7 @@ private slots:
             QByteArray stored;
             int speed;
             bool hasPort;
+            bool hasConnection = hasPort; // the chosen one: the port unless Bluetooth
         } rows[] = {
             {"", 115200, false},
             {"Speed=921600", 921600, false}, // the highest speed
@@ -99,11 +100,15 @@ private slots:
             {"Speed=fast", 115200, false}, // no number: 0, below the lowest
             {"COMPort=3", 115200, false}, // the Windows port number is not this system's port
             {"PortName=/dev/rfcomm0", 115200, true},
+            {"Connection=Bluetooth\nBluetoothAddress=00:11:22:33:44:55", 115200, false, true},
+            {"Connection=Bluetooth\nBluetoothAddress=phone\nPortName=/dev/rfcomm0", 115200, true, false},
+            {"Connection=Serial\nBluetoothAddress=00:11:22:33:44:55", 115200, false, false},
         };
         for (const auto &row : rows) {
             const Settings settings = SettingsStore(NewFile("[General]\n" + row.stored + "\n")).Read();
             QCOMPARE(settings.Speed, row.speed);
             QCOMPARE(settings.HasPort(), row.hasPort);
+            QCOMPARE(settings.HasConnection(), row.hasConnection);
         }
     }
 
@@ -121,10 +126,15 @@ private slots:
             store.WritePort(*SerialPort::Parse(u"/dev/ttyACM0"_s), 57600);
             store.WriteLanguage(u"/usr/share/padmapper/Deutsch.lng"_s);
             store.SetString(u"LasthidClass"_s, u"tarfile"_s);
+            store.WriteConnection(PhoneConnection::Bluetooth, {u"00:1A:2B:3C:4D:5E"_s, u"Pocket"_s, ObexMethod::FileTransfer});
             QVERIFY(store.Sync());
         }
         const SettingsStore again(path);
         const Settings back = again.Read();
+        QCOMPARE(back.Connection, PhoneConnection::Bluetooth);
+        QCOMPARE(back.Phone.Address, u"00:1A:2B:3C:4D:5E"_s);
+        QCOMPARE(back.Phone.Name, u"Pocket"_s);
+        QCOMPARE(back.Phone.Method, ObexMethod::FileTransfer);
         QCOMPARE(back.HidPath, u"/new/profiles"_s);
         QCOMPARE(back.KcfPath, u"/old/keymaps"_s);
         QCOMPARE(QPoint(back.Left, back.Top), QPoint(-32000, 40));
