@@ -4,12 +4,13 @@
 #include "settings/languagetext.h"
 
 // The texts of sending over Bluetooth beyond those it shares with the serial
-// line (PhoneText): the connecting step and the reasons it fails, each saying
-// what to do, in enum order.
-enum class BluetoothText { Connecting, PhoneNotSet, BadName, ServiceMissing, Unreachable, Refused, TimedOut, Count };
+// line (PhoneText): the connecting and sending steps and the reasons it fails,
+// each saying what to do, in enum order.
+enum class BluetoothText { Connecting, Sending, PhoneNotSet, BadName, ServiceMissing, Unreachable, Refused, TimedOut, Count };
 
 inline constexpr auto BluetoothTexts = UiTextTable<BluetoothText>({
     {BluetoothText::Connecting, u"FileuploadWindow", u"StatusConnecting", u"Connecting to %d ..."},
+    {BluetoothText::Sending, u"FileuploadWindow", u"StatusSending", u"Sending %f - %b of %t Bytes (%r KB/s) ..."},
     {BluetoothText::PhoneNotSet, u"Errors", u"BluetoothNotSet",
      u"No Bluetooth phone is chosen. Please check the settings !"},
     {BluetoothText::BadName, u"Errors", u"BadRemoteName", u"\"%f\" cannot be a file name on the phone."},

@@ -368,10 +368,10 @@ void ObexUploadJob::Listen(bool on)
 
 QString ObexUploadJob::SendingText(qint64 bytesSent) const
 {
-    // As over the serial line, only %f, %b and %r are filled in.
-    return FillPlaceholders(LanguageText(PhoneText::Sending),
+    return FillPlaceholders(LanguageText(BluetoothText::Sending),
                             {{"%f"_L1, m_request.RemoteName},
                              {"%b"_L1, QString::number(bytesSent)},
+                             {"%t"_L1, QString::number(m_size)},
                              {"%r"_L1, QString::number(std::lround(Rate(bytesSent) / 1024.0))}});
 }
 
