@@ -48,7 +48,8 @@ private slots:
         QVERIFY(RunCli({u"--language"_s, lng, u"show"_s, m_withErrors})
                     .Err.startsWith("Fehler beim Lesen:\n   KEY_LSK"));
         const ProgramRun missing = RunCli({u"--language="_s + lng, u"show"_s, dir.filePath(u"none.kcf"_s)});
-        QCOMPARE(std::pair(missing.Status, missing.Err), std::pair(1, QByteArray("Interner Fehler:\n53 File not found\n")));
+        QCOMPARE(std::pair(missing.Status, missing.Err),
+                 std::pair(1, QByteArray("Interner Fehler:\n53 File not found\n")));
 
         // A copy of the program whose folder cannot take the report names where it went.
         QVERIFY(QDir().mkpath(dir.filePath(u"bin/LastReadingError.txt"_s)));

@@ -93,7 +93,8 @@ private slots:
     void everyEditMarksTheDocumentChanged_data()
     {
         QTest::addColumn<int>("edit");
-        for (int edit = 0; const char *name : {"modifier box", "device list", "special key", "mouse option", "comment"})
+        for (int edit = 0;
+             const char *name : {"modifier box", "device list", "special key", "mouse option", "comment"})
             QTest::newRow(name) << edit++;
     }
     void everyEditMarksTheDocumentChanged()

@@ -90,7 +90,8 @@ private slots:
         keymap[PhoneKeys::VolUp] = KeyAction{true, MouseActions::MoveUp, 0, 0, QString()};
         QTemporaryDir dir;
         QVERIFY(WriteKeymapText(keymap, dir.filePath(u"example.kcf"_s)));
-        QCOMPARE(ReadAll(dir.filePath(u"example.kcf"_s)), ReadAll(QFINDTESTDATA("../fixtures/keymap-writer-example.kcf")));
+        QCOMPARE(ReadAll(dir.filePath(u"example.kcf"_s)),
+                 ReadAll(QFINDTESTDATA("../fixtures/keymap-writer-example.kcf")));
         // Windows-1252; what it cannot hold becomes "?".
         keymap[PhoneKeys::Cam] = KeyAction{true, 0, 0, 0, u"Gr\u00FC\u00DFe \u20AC \u4E2D"_s};
         QVERIFY(WriteKeymapText(keymap, dir.filePath(u"c.kcf"_s)));
@@ -208,7 +209,8 @@ private slots:
         QCOMPARE(lines.mid(0, 3),
             (QList<QByteArray>{
                 "LastReadError.txt von Padmapper\r", "\r", "Programmversion:   " PADMAPPER_VERSION "\r"}));
-        QVERIFY(lines.at(3).startsWith("Zeitpunkt:         ") && lines.at(3).contains("05") && lines.at(3).contains("26"));
+        QVERIFY(lines.at(3).startsWith("Zeitpunkt:         ") && lines.at(3).contains("05")
+                && lines.at(3).contains("26"));
         QVERIFY(report.endsWith("\r\n\r\nSum\xFC\r\n   KEY_1\t\tx\r\n"));
     }
 };

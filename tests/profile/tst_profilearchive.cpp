@@ -177,7 +177,8 @@ private slots:
         const QByteArray before = ReadAll(path);
         ProfilePicture none, junk, vanished, picture;
         QVERIFY(WriteFile(Path(u"junk.png"_s), "not a picture") && !AdoptPicture(Path(u"junk.png"_s), junk));
-        QVERIFY(AdoptPicture(MakePicture(Path(u"p.png"_s), 8, 8), vanished) && QFile::remove(vanished.PictureTempPath));
+        QVERIFY(AdoptPicture(MakePicture(Path(u"p.png"_s), 8, 8), vanished)
+                && QFile::remove(vanished.PictureTempPath));
         std::optional<ProfileMessage> message;
         for (const ProfilePicture &p : {none, junk, vanished}) {
             message.reset();
@@ -186,7 +187,8 @@ private slots:
         }
         QCOMPARE(ReadAll(path), before);
         QString empty;
-        QVERIFY(AdoptPicture(Path(u"p.png"_s), picture) && !SaveProfile(empty, false, SampleKeymap(), picture, &message));
+        QVERIFY(AdoptPicture(Path(u"p.png"_s), picture)
+                && !SaveProfile(empty, false, SampleKeymap(), picture, &message));
         QCOMPARE(message, std::nullopt);
     }
 

@@ -200,7 +200,8 @@ private slots:
             }
         }
         // The built-in English File menu gives S to Save and Send, E to Export and Exit.
-        for (const char *known : {"English.lng: 'e' in Menu_Export, Menu_Exit", "English.lng: 's' in Menu_Save, Menu_FileUpload"})
+        for (const char *known :
+             {"English.lng: 'e' in Menu_Export, Menu_Exit", "English.lng: 's' in Menu_Save, Menu_FileUpload"})
             QVERIFY2(problems.removeOne(QLatin1StringView(known)), known);
         QVERIFY2(problems.isEmpty(), qPrintable(problems.join(u'\n')));
     }
