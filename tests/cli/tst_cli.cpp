@@ -28,15 +28,6 @@ private:
     const QString m_withErrors = QFINDTESTDATA("../fixtures/keymap-with-errors.kcf");
 
 private slots:
-    void showWritesWhatItReads()
-    {
-        const QString bundled = QString::fromUtf8(PADMAPPER_DATA_FOLDER "/Desktop.kcf");
-        const ProgramRun run = RunCli({u"show"_s, bundled});
-        QCOMPARE(run.Status, 0);
-        QCOMPARE(run.Err, QByteArray());
-        QCOMPARE(run.Out, ReadAll(bundled));
-    }
-
     void showReportsErrors()
     {
         const ProgramRun run = RunCli({u"show"_s, m_withErrors});
@@ -57,8 +48,8 @@ private slots:
         QVERIFY(RunCli({u"--language"_s, lng, u"show"_s, m_withErrors})
                     .Err.startsWith("Fehler beim Lesen:\n   KEY_LSK"));
         const ProgramRun missing = RunCli({u"--language="_s + lng, u"show"_s, dir.filePath(u"none.kcf"_s)});
-        QCOMPARE(missing.Status, 1);
-        QCOMPARE(missing.Err, QByteArray("Interner Fehler:\n53 File not found\n"));
+        QCOMPARE(std::pair(missing.Status, missing.Err),
+                 std::pair(1, QByteArray("Interner Fehler:\n53 File not found\n")));
 
         // A copy of the program whose folder cannot take the report names where it went.
         QVERIFY(QDir().mkpath(dir.filePath(u"bin/LastReadingError.txt"_s)));
@@ -134,6 +125,8 @@ private slots:
         for (const char *usage : {"", "frobnicate", "show", "show a b", "--frob show a", "show a --language",
                  "--language /no/such.lng show a"})
             row(*usage ? usage : "nothing", QString::fromLatin1(usage), 2, "padmapper-cli: ");
+        const QString bundled = QString::fromUtf8(PADMAPPER_DATA_FOLDER "/Desktop.kcf");
+        row("show writes what it reads", u"show "_s + bundled, 0, {}, ReadAll(bundled));
         row("help", u"--help"_s, 0, {}, "Usage: padmapper-cli [--language FILE.lng]");
         row("version", u"-v"_s, 0, {}, "padmapper-cli " PADMAPPER_VERSION "\n");
     }
@@ -167,7 +160,7 @@ private slots:
         const ProgramRun run = RunCli(arguments, environment);
         QCOMPARE(run.Status, status);
         QVERIFY2(run.Err.startsWith(err.replace("%1", dir.path().toUtf8())), run.Err.constData());
-        QVERIFY(run.Out.startsWith(out));
+        QVERIFY(run.Out.startsWith(out) && (!err.isEmpty() || run.Err.isEmpty()));
         QVERIFY(!QFileInfo::exists(dir.filePath(u"x"_s)));
         QVERIFY(!QFileInfo::exists(dir.filePath(u"out.hid"_s)));
     }

@@ -11,7 +11,6 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
-#include <QImage>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -46,14 +45,8 @@ protected:
         keymap[PhoneKeys::Digit(3)] = KeyAction{false, 0, 4, 9, QStringLiteral("Alt+Tab")};
         return keymap;
     }
-    // The files; their path, or "" when they could not be written.
+    // The keymap file; its path, or "" when it could not be written.
     static QString MakeKeymap(const QString &path) { return WriteKeymapText(SampleKeymap(), path) ? path : QString(); }
-    static QString MakePicture(const QString &path, Qt::GlobalColor colour = Qt::green)
-    {
-        QImage image(24, 32, QImage::Format_RGB32);
-        image.fill(colour);
-        return image.save(path) ? path : QString();
-    }
 
     // An edit of one key's comment, as the action editor hands it over.
     void EditComment(PhoneKey key, const QString &comment)

@@ -54,8 +54,7 @@ private slots:
         QFETCH(bool, port);
         QFETCH(QString, message);
         QVERIFY(!MakeKeymap(Path(u"a.b.kcf"_s)).isEmpty());
-        QVERIFY(QFileInfo::exists(Path(u"pipe.hid"_s))
-                || ::mkfifo(QFile::encodeName(Path(u"pipe.hid"_s)).constData(), 0600) == 0);
+        QVERIFY(QFileInfo::exists(Path(u"pipe.hid"_s)) || MakePipe(Path(u"pipe.hid"_s)));
         bool loadedFirst = false;
         m_dialogs->OnConfigurePort = [&] { loadedFirst = !m_window->Doc().Picture().Image.isNull(); };
         MainWindow &window = Start(file.isEmpty() ? QStringList() : QStringList{u'"' + Path(file) + u'"'},
@@ -94,8 +93,8 @@ private slots:
     void everyEditMarksTheDocumentChanged_data()
     {
         QTest::addColumn<int>("edit");
-        int edit = 0;
-        for (const char *name : {"modifier box", "device list", "special key", "mouse option", "comment"})
+        for (int edit = 0;
+             const char *name : {"modifier box", "device list", "special key", "mouse option", "comment"})
             QTest::newRow(name) << edit++;
     }
     void everyEditMarksTheDocumentChanged()

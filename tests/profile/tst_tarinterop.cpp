@@ -16,6 +16,9 @@
 
 using namespace Qt::StringLiterals;
 
+// A member in a folder, its path too long for the name field alone.
+const QString DeepName = u"folder-%1/%2.kcf"_s.arg(QString(60, u'd'), QString(60, u'k'));
+
 class tst_TarInterop : public QObject
 {
     Q_OBJECT
@@ -29,10 +32,8 @@ private:
 private slots:
     void initTestCase()
     {
-        QVERIFY2(!QStandardPaths::findExecutable(u"tar"_s).isEmpty(),
-            "GNU tar is needed (scripts/bootstrap setup installs it)");
-        QVERIFY2(!QStandardPaths::findExecutable(u"bsdtar"_s).isEmpty(),
-            "bsdtar is needed (package libarchive-tools)");
+        for (const char *tool : {"tar", "bsdtar"}) // GNU tar and libarchive-tools (scripts/bootstrap installs them)
+            QVERIFY2(!QStandardPaths::findExecutable(QString::fromLatin1(tool)).isEmpty(), tool);
         const QString picturePath = MakePicture(m_dir.filePath(u"Photo.PNG"_s), 64, 48);
         m_pictureBytes = ReadAll(picturePath);
         ProfilePicture picture;
@@ -72,13 +73,12 @@ private slots:
         QTest::addColumn<QString>("tool");
         QTest::addColumn<QString>("format");
         QTest::addColumn<QStringList>("expected"); // names as our reader lists them; empty: pax
-        const QString deep = u"folder-%1/%2.kcf"_s.arg(QString(60, u'd'), QString(60, u'k'));
         QTest::newRow("GNU tar, gnu") << u"tar"_s << u"gnu"_s
                                       << QStringList{u"short.png"_s, u"././@LongLink"_s, QString(100, u'n'),
-                                             u"././@LongLink"_s, deep.left(100)};
+                                             u"././@LongLink"_s, DeepName.left(100)};
         // ustar cannot store the long name at all, and puts the folder in a prefix field.
         QTest::newRow("bsdtar, ustar")
-            << u"bsdtar"_s << u"ustar"_s << QStringList{u"short.png"_s, deep.section(u'/', 1)};
+            << u"bsdtar"_s << u"ustar"_s << QStringList{u"short.png"_s, DeepName.section(u'/', 1)};
         QTest::newRow("GNU tar, posix") << u"tar"_s << u"posix"_s << QStringList{};
     }
     void weListTheirArchives()
@@ -87,8 +87,7 @@ private slots:
         QFETCH(QString, format);
         QFETCH(QStringList, expected);
         QTemporaryDir work;
-        QStringList members{u"short.png"_s, QString(120, u'n'),
-            u"folder-%1/%2.kcf"_s.arg(QString(60, u'd'), QString(60, u'k'))};
+        QStringList members{u"short.png"_s, QString(120, u'n'), DeepName};
         if (format == "ustar"_L1)
             members.removeAt(1);
         QVERIFY(QDir(work.path()).mkpath(members.last().section(u'/', 0, 0)));

@@ -163,56 +163,46 @@ private slots:
 
     void accessKeysDoNotCollide()
     {
-        const auto texts = [](std::initializer_list<EditorText> ids) {
-            QList<UiText> list;
-            for (const EditorText id : ids)
-                list << EditorTexts[static_cast<std::size_t>(id)];
-            return list;
-        };
-        using enum EditorText;
-        // The texts that share a menu (each entry has an access key) or a window.
-        const std::tuple<QLatin1StringView, QList<UiText>, bool> groups[] = {
-            {"File menu"_L1,
-             texts({MenuOpen, MenuSave, MenuSaveAs, MenuImport, MenuExport, MenuFileUpload, MenuViewKeymap,
-                    MenuSettings, MenuExit}),
-             true},
-            {"Import and Export menus"_L1, texts({MenuPicture, MenuKeymap}), true},
-            {"Help menu"_L1, texts({MenuReadme, MenuAbout}), true},
-            {"picture menu"_L1, texts({MenuPopUpLoad, MenuPopUpSave}), true},
-            {"main window"_L1,
-             texts({MenuFile, MenuHelp}) << PhoneKeyNames[PhoneKeys::Lsk].Name << PhoneKeyNames[PhoneKeys::Rsk].Name,
-             true},
-            {"settings window"_L1,
-             texts({SettingsLanguage, SettingsFileTypes, SettingsHid, SettingsKcf, SettingsConnection, SettingsPort,
-                    SettingsSpeed, SettingsOk, SettingsAbort}),
-             false},
+        // The texts that share a menu (each entry needs an access key) or a
+        // window: the section, then the keys.
+        const std::pair<const char *, bool> groups[] = {
+            {"MainWindow Menu_Open Menu_Save Menu_SaveAs Menu_Import Menu_Export Menu_FileUpload Menu_ViewKeymap "
+             "Menu_Settings Menu_Exit", true},
+            {"MainWindow Menu_Picture Menu_Keymap", true},
+            {"MainWindow Menu_Readme Menu_About", true},
+            {"MainWindow Menu_PopUpLoad Menu_PopUpSave", true},
+            {"MainWindow Menu_File Menu_Help Button_Left Button_Right", true},
+            {"SettingsWindow Label_Language Frame_FileTypes Frame_hid Frame_kcf Frame_PhoneConnection Frame_Port "
+             "Frame_Speed Button_OK Button_Abort", false},
         };
         QStringList problems;
         for (const QString &file : LanguageFileNames) {
             const IniFile ini = Load(file);
-            for (const auto &[group, members, isMenu] : groups) {
+            for (const auto &[group, isMenu] : groups) {
+                QStringList members = QString::fromLatin1(group).split(u' ');
+                const QString section = members.takeFirst();
                 QMap<QString, QStringList> users;
-                for (const UiText &text : members) {
-                    const QString value = ini.Value(text.Section, text.Key);
+                for (const QString &key : std::as_const(members)) {
+                    const QString value = ini.Value(section, key);
                     QString access; // the characters after a single "&"
                     for (qsizetype i = 0; i + 1 < value.size(); ++i) {
                         if (value[i] == u'&' && value[++i] != u'&')
                             access += value[i].toLower();
                     }
-                    if (access.size() > 1 || (isMenu && access.isEmpty()))
-                        problems << u"%1 %2: \"%3\" has %4 access keys"_s.arg(file, group, value).arg(access.size());
+                    if (value.isEmpty() || access.size() > 1 || (isMenu && access.isEmpty()))
+                        problems << u"%1 %2: \"%3\" has %4 access keys"_s.arg(file, key, value).arg(access.size());
                     for (const QChar c : access)
-                        users[c] << text.Key.toString();
+                        users[c] << key;
                 }
                 for (auto it = users.cbegin(); it != users.cend(); ++it) {
                     if (it.value().size() > 1)
-                        problems << u"%1 %2: '%3' in %4"_s.arg(file, group, it.key(), it.value().join(u", "_s));
+                        problems << u"%1: '%2' in %3"_s.arg(file, it.key(), it.value().join(u", "_s));
                 }
             }
         }
         // The built-in English File menu gives S to Save and Send, E to Export and Exit.
-        for (const char *known : {"English.lng File menu: 'e' in Menu_Export, Menu_Exit",
-                                  "English.lng File menu: 's' in Menu_Save, Menu_FileUpload"})
+        for (const char *known :
+             {"English.lng: 'e' in Menu_Export, Menu_Exit", "English.lng: 's' in Menu_Save, Menu_FileUpload"})
             QVERIFY2(problems.removeOne(QLatin1StringView(known)), known);
         QVERIFY2(problems.isEmpty(), qPrintable(problems.join(u'\n')));
     }
