@@ -4,7 +4,6 @@
 #include <QMutexLocker>
 
 #include <chrono>
-#include <utility>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -183,10 +182,6 @@ void FakePhone::HandleRequest(const QByteArray &packet)
         QMutexLocker lock(&m_mutex);
         m_seen.LastRequest = packet.toHex(' ');
     }
-    if (m_options.VanishAfter >= 0 && m_answered >= m_options.VanishAfter) {
-        ::close(std::exchange(m_master, -1));
-        return;
-    }
     if (m_options.StallAfter >= 0 && m_answered >= m_options.StallAfter)
         return;
     ++m_answered;
@@ -201,8 +196,6 @@ void FakePhone::HandleRequest(const QByteArray &packet)
     }
     if (opcode == OpDisconnect) {
         m_obexMode = false;
-        QMutexLocker lock(&m_mutex);
-        ++m_seen.Disconnects;
         return Reply(RespSuccess);
     }
     if (opcode != OpPut && opcode != OpPutFinal)

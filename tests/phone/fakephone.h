@@ -28,8 +28,6 @@ public:
         Answer Cprot = Answer::Connect; // to AT+CPROT=0
         // Requests answered before the phone falls silent (Connect counts); -1 never.
         int StallAfter = -1;
-        // Requests answered before the line goes away (the phone closes its end).
-        int VanishAfter = -1;
         // Bits per second on the line (10 bits a byte, both directions); 0 unthrottled.
         qint64 LineBps = 0;
     };
@@ -55,7 +53,6 @@ public:
         QStringList AtCommands;
         QByteArray LastRequest; // the last OBEX request, in spaced hexadecimal
         QMap<QString, QByteArray> Files; // stored by completed uploads, by name
-        int Disconnects = 0;
     };
     Record Seen() const;
 
