@@ -129,32 +129,25 @@ private slots:
 
     void typeIsHandedBackToItsPreviousOwner()
     {
-        // Another program owns .hid; .kcf is unowned.
-        m_types->Bind(FileType::Profile, u"ark.desktop"_s);
-        {
+        // Accepts the window with the two boxes set; what they showed before.
+        const auto choose = [this](bool profile, bool keymap) {
             auto window = Open();
-            QVERIFY(!window->ProfileTypeBox()->isChecked());
+            const auto shown = std::pair(window->ProfileTypeBox()->isChecked(), window->KeymapTypeBox()->isChecked());
+            window->ProfileTypeBox()->setChecked(profile);
+            window->KeymapTypeBox()->setChecked(keymap);
             window->accept();
-        }
-        // Unchecked: the other program keeps it, and it is remembered.
+            return shown;
+        };
+        // Another program owns .hid; .kcf is unowned. Left unchecked, the
+        // other program keeps it, and it is remembered.
+        m_types->Bind(FileType::Profile, u"ark.desktop"_s);
+        QCOMPARE(choose(false, false), std::pair(false, false));
         QCOMPARE(m_types->BoundClass(FileType::Profile), u"ark.desktop"_s);
         QCOMPARE(m_store->String(u"LasthidClass"_s), u"ark.desktop"_s);
-        {
-            auto window = Open();
-            window->ProfileTypeBox()->setChecked(true);
-            window->KeymapTypeBox()->setChecked(true);
-            window->accept();
-        }
+        QCOMPARE(choose(true, true), std::pair(false, false));
         QCOMPARE(m_types->BoundClass(FileType::Profile), u"padmapper.desktop"_s);
         QCOMPARE(m_types->BoundClass(FileType::Keymap), u"padmapper.desktop"_s);
-        {
-            auto window = Open();
-            QVERIFY(window->ProfileTypeBox()->isChecked());
-            QVERIFY(window->KeymapTypeBox()->isChecked());
-            window->ProfileTypeBox()->setChecked(false);
-            window->KeymapTypeBox()->setChecked(false);
-            window->accept();
-        }
+        QCOMPARE(choose(false, false), std::pair(true, true));
         QCOMPARE(m_types->BoundClass(FileType::Profile), u"ark.desktop"_s);
         QCOMPARE(m_types->BoundClass(FileType::Keymap), QString());
     }
