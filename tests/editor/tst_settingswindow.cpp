@@ -3,13 +3,13 @@
 #include "settings/filetypes.h"
 #include "settings/settingsstore.h"
 
+#include "../testfiles.h"
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QDir>
-#include <QFile>
 #include <QListWidget>
-#include <QProcess>
 #include <QRadioButton>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -129,32 +129,25 @@ private slots:
 
     void typeIsHandedBackToItsPreviousOwner()
     {
-        // Another program owns .hid; .kcf is unowned.
-        m_types->Bind(FileType::Profile, u"ark.desktop"_s);
-        {
+        // Accepts the window with the two boxes set; what they showed before.
+        const auto choose = [this](bool profile, bool keymap) {
             auto window = Open();
-            QVERIFY(!window->ProfileTypeBox()->isChecked());
+            const auto shown = std::pair(window->ProfileTypeBox()->isChecked(), window->KeymapTypeBox()->isChecked());
+            window->ProfileTypeBox()->setChecked(profile);
+            window->KeymapTypeBox()->setChecked(keymap);
             window->accept();
-        }
-        // Unchecked: the other program keeps it, and it is remembered.
+            return shown;
+        };
+        // Another program owns .hid; .kcf is unowned. Left unchecked, the
+        // other program keeps it, and it is remembered.
+        m_types->Bind(FileType::Profile, u"ark.desktop"_s);
+        QCOMPARE(choose(false, false), std::pair(false, false));
         QCOMPARE(m_types->BoundClass(FileType::Profile), u"ark.desktop"_s);
         QCOMPARE(m_store->String(u"LasthidClass"_s), u"ark.desktop"_s);
-        {
-            auto window = Open();
-            window->ProfileTypeBox()->setChecked(true);
-            window->KeymapTypeBox()->setChecked(true);
-            window->accept();
-        }
+        QCOMPARE(choose(true, true), std::pair(false, false));
         QCOMPARE(m_types->BoundClass(FileType::Profile), u"padmapper.desktop"_s);
         QCOMPARE(m_types->BoundClass(FileType::Keymap), u"padmapper.desktop"_s);
-        {
-            auto window = Open();
-            QVERIFY(window->ProfileTypeBox()->isChecked());
-            QVERIFY(window->KeymapTypeBox()->isChecked());
-            window->ProfileTypeBox()->setChecked(false);
-            window->KeymapTypeBox()->setChecked(false);
-            window->accept();
-        }
+        QCOMPARE(choose(false, false), std::pair(true, true));
         QCOMPARE(m_types->BoundClass(FileType::Profile), u"ark.desktop"_s);
         QCOMPARE(m_types->BoundClass(FileType::Keymap), QString());
     }
@@ -162,17 +155,13 @@ private slots:
     void mimeAppsListKeepsOtherEntries()
     {
         QDir().mkpath(Path(u"config"_s));
-        QFile list(m_types->MimeAppsListPath());
-        QVERIFY(list.open(QIODevice::WriteOnly));
-        list.write("[Added Associations]\ntext/plain=gedit.desktop;\n\n[Default Applications]\n"
-                   "image/png=eog.desktop;\napplication/x-padmapper-keymap=kate.desktop;gedit.desktop;\n");
-        list.close();
+        QVERIFY(WriteFile(m_types->MimeAppsListPath(),
+                          "[Added Associations]\ntext/plain=gedit.desktop;\n\n[Default Applications]\n"
+                          "image/png=eog.desktop;\napplication/x-padmapper-keymap=kate.desktop;gedit.desktop;\n"));
         QCOMPARE(m_types->BoundClass(FileType::Keymap), u"kate.desktop"_s);
         m_types->Bind(FileType::Keymap, u"padmapper.desktop"_s);
         m_types->Bind(FileType::Profile, u"padmapper.desktop"_s);
-        QVERIFY(list.open(QIODevice::ReadOnly));
-        const QByteArray text = list.readAll();
-        list.close();
+        const QByteArray text = ReadAll(m_types->MimeAppsListPath());
         for (const char *entry : {"text/plain=gedit.desktop;", "image/png=eog.desktop;",
                                   "application/x-padmapper-keymap=padmapper.desktop;",
                                   "application/x-padmapper-profile=padmapper.desktop;"})
@@ -185,18 +174,14 @@ private slots:
     void desktopEntryStartsTheProgram()
     {
         m_types->RegisterFileTypes();
-        QFile entry(m_types->DesktopEntryPath());
-        QVERIFY(entry.open(QIODevice::ReadOnly));
-        const QByteArray text = entry.readAll();
+        const QByteArray text = ReadAll(m_types->DesktopEntryPath());
         QVERIFY(text.contains("Exec=\"/opt/padmapper/bin/padmapper\" %f\n"));
         QVERIFY(text.contains("MimeType=application/x-padmapper-profile;application/x-padmapper-keymap;\n"));
 
         const QString validate = QStandardPaths::findExecutable(u"desktop-file-validate"_s);
         QVERIFY2(!validate.isEmpty(), "desktop-file-validate is needed (package desktop-file-utils)");
-        QProcess process;
-        process.start(validate, {m_types->DesktopEntryPath()});
-        QVERIFY(process.waitForFinished(30000));
-        QVERIFY2(process.exitCode() == 0, process.readAllStandardOutput().constData());
+        const ProgramRun run = RunProgram(validate, {m_types->DesktopEntryPath()});
+        QVERIFY2(run.Status == 0, run.Out.constData());
     }
 
     // The languages found with the program, sorted by name; OK stores the

@@ -6,7 +6,6 @@
 #include "../testfiles.h"
 
 #include <QDir>
-#include <QImage>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -98,9 +97,7 @@ private slots:
     void init()
     {
         m_dir = std::make_unique<QTemporaryDir>();
-        QImage image(24, 32, QImage::Format_RGB32);
-        image.fill(Qt::blue);
-        QVERIFY(image.save(Path("p.png")) && image.save(Path("pic.png")));
+        QVERIFY(!MakePicture(Path("p.png"), 24, 32).isEmpty() && QFile::copy(Path("p.png"), Path("pic.png")));
         for (const char *name : {"p.hid", "t.tar"}) {
             Document document;
             QVERIFY(document.AdoptPicture(Path("p.png")));
