@@ -71,8 +71,7 @@ int main()
             (void)ReadKeymapText(keymap, text, true, &errors);
         });
         const double mb = static_cast<double>(text.size()) / MegaByte;
-        std::printf("  %6.1f MB  %8.3f s  %7.1f MB/s  %6.1f ms/MB\n", mb, seconds, mb / seconds,
-                    seconds * 1000 / mb);
+        std::printf("  %6.1f MB  %8.3f s  %7.1f MB/s  %6.1f ms/MB\n", mb, seconds, mb / seconds, seconds * 1000 / mb);
     }
 
     // The writer's text of 22 keys with long comments, about 10 MB in all.

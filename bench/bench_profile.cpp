@@ -99,7 +99,9 @@ int main(int argc, char *argv[])
             tar.AddFile(QString(), u"Games.kcf"_s, keymapText);
             (void)tar.CreateTarFile(ours);
         });
-        const double packGnu = BestMs([&] { Run(gnuTar, {u"-cf"_s, theirs, u"Games.jpg"_s, u"Games.kcf"_s}, folder); });
+        const double packGnu = BestMs([&] {
+            Run(gnuTar, {u"-cf"_s, theirs, u"Games.jpg"_s, u"Games.kcf"_s}, folder);
+        });
         Row("pack (in-process / tar -cf)", packOurs, packGnu);
 
         const double listOurs = BestMs([&] {

@@ -21,8 +21,8 @@
 #include <QWidget>
 
 #include <algorithm>
-#include <functional>
 #include <cstdio>
+#include <functional>
 #include <sys/resource.h>
 
 using namespace Qt::StringLiterals;
@@ -46,8 +46,8 @@ public:
 
     bool eventFilter(QObject *watched, QEvent *event) override
     {
-        if (event->type() == QEvent::Paint && watched->isWidgetType()
-            && static_cast<QWidget *>(watched)->isWindow() && Ready()) {
+        if (event->type() == QEvent::Paint && watched->isWidgetType() && static_cast<QWidget *>(watched)->isWindow()
+            && Ready()) {
             QMetaObject::invokeMethod(
                 qApp,
                 [] {
@@ -147,7 +147,8 @@ int main(int argc, char *argv[])
         editorKb.push_back(double(editor.MemoryKb));
     }
     const double bt = Median(bareMs), et = Median(editorMs), bm = Median(bareKb), em = Median(editorKb);
-    std::printf("platform %s, %d runs each, medians\n", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "native" : qgetenv("QT_QPA_PLATFORM").constData(), runs);
+    std::printf("platform %s, %d runs each, medians\n",
+                qgetenv("QT_QPA_PLATFORM").isEmpty() ? "native" : qgetenv("QT_QPA_PLATFORM").constData(), runs);
     std::printf("  bare Qt window (a label) %8.1f ms  %8.0f KB peak\n", bt, bm);
     std::printf("  Padmapper editor         %8.1f ms  %8.0f KB peak\n", et, em);
     std::printf("  ratio                    %8.2f x   %8.2f x   (target: at most 1.5 x)\n", et / bt, em / bm);

@@ -66,17 +66,19 @@ int main(int argc, char *argv[])
     QApplication::setApplicationName(u"renderwindow"_s);
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(u"Renders the Padmapper window and its phone keypad to PNG files named "
-                                     "mainwindow-LANGUAGE-PALETTE-SCALEx.png and keypad-LANGUAGE-PALETTE-SCALEx.png."_s);
+    parser.setApplicationDescription(
+        u"Renders the Padmapper window and its phone keypad to PNG files named "
+        "mainwindow-LANGUAGE-PALETTE-SCALEx.png and keypad-LANGUAGE-PALETTE-SCALEx.png."_s);
     parser.addHelpOption();
-    const QCommandLineOption language({u"l"_s, u"language"_s}, u"Language file (.lng); English without."_s,
-                                      u"file"_s);
+    const QCommandLineOption language({u"l"_s, u"language"_s}, u"Language file (.lng); English without."_s, u"file"_s);
     const QCommandLineOption scales({u"s"_s, u"scale"_s}, u"Device pixel ratios, comma-separated."_s, u"list"_s,
                                     u"1,2"_s);
-    const QCommandLineOption palettes({u"p"_s, u"palette"_s}, u"Palettes, comma-separated: light, dark."_s,
-                                      u"list"_s, u"light,dark"_s);
-    const QCommandLineOption size(u"size"_s, u"Window size in pixels, WIDTHxHEIGHT (default: its own size, at "
-                                             "least 760x560)."_s, u"size"_s);
+    const QCommandLineOption palettes({u"p"_s, u"palette"_s}, u"Palettes, comma-separated: light, dark."_s, u"list"_s,
+                                      u"light,dark"_s);
+    const QCommandLineOption size(u"size"_s,
+                                  u"Window size in pixels, WIDTHxHEIGHT (default: its own size, at "
+                                  "least 760x560)."_s,
+                                  u"size"_s);
     const QCommandLineOption key(u"key"_s, u"The phone key to select, 0 to 21 (4 is joystick up)."_s, u"index"_s,
                                  u"4"_s);
     const QCommandLineOption output({u"o"_s, u"output"_s}, u"Folder for the PNG files."_s, u"folder"_s, u"."_s);

@@ -6,7 +6,17 @@
 // The texts of sending over Bluetooth beyond those it shares with the serial
 // line (PhoneText): the connecting and sending steps and the reasons it fails,
 // each saying what to do, in enum order.
-enum class BluetoothText { Connecting, Sending, PhoneNotSet, BadName, ServiceMissing, Unreachable, Refused, TimedOut, Count };
+enum class BluetoothText {
+    Connecting,
+    Sending,
+    PhoneNotSet,
+    BadName,
+    ServiceMissing,
+    Unreachable,
+    Refused,
+    TimedOut,
+    Count
+};
 
 inline constexpr auto BluetoothTexts = UiTextTable<BluetoothText>({
     {BluetoothText::Connecting, u"FileuploadWindow", u"StatusConnecting", u"Connecting to %d ..."},

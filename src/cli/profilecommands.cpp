@@ -41,7 +41,8 @@ int RunExtract(const QString &archivePath, const QString &entry, const QString &
     }
     // An entry cut short would make a file that looks whole but is not.
     if (tar.IsCut(number)) {
-        Complain(u"entry %1 of %2 is cut short: the archive holds less than the %3 bytes its header gives"_s.arg(number)
+        Complain(u"entry %1 of %2 is cut short: the archive holds less than the %3 bytes its header gives"_s
+                     .arg(number)
                      .arg(archivePath)
                      .arg(tar.Size(number)));
         return ExitStatus::Failure;

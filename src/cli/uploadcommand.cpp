@@ -84,9 +84,10 @@ QByteArray ProgressBar(qint64 bytesSent, qint64 total, qint32 rate)
     const int percent = UploadJob::Percent(bytesSent, total);
     const int filled = percent * ProgressBarWidth / 100;
     return "\r[" + QByteArray(filled, '#') + QByteArray(ProgressBarWidth - filled, '.') + "] "
-           + QByteArray::number(percent).rightJustified(3) + "%  " + QByteArray::number(double(bytesSent) / 1024, 'f', 1)
-           + " of " + QByteArray::number(double(total) / 1024, 'f', 1) + " KB, "
-           + QByteArray::number(qRound(rate / 1024.0)) + " KB/s\x1b[K";
+           + QByteArray::number(percent).rightJustified(3) + "%  "
+           + QByteArray::number(double(bytesSent) / 1024, 'f', 1) + " of "
+           + QByteArray::number(double(total) / 1024, 'f', 1) + " KB, " + QByteArray::number(qRound(rate / 1024.0))
+           + " KB/s\x1b[K";
 }
 
 // The phone's name as BlueZ knows it, for the status lines; "" when it is not

@@ -17,7 +17,9 @@ constexpr auto LicenceUrl = "https://www.gnu.org/licenses/gpl-3.0.html"_L1;
 
 QString AboutDialog::VersionText()
 {
-    return u"Version:   %1.%2.%3"_s.arg(PADMAPPER_VERSION_MAJOR).arg(PADMAPPER_VERSION_MINOR).arg(PADMAPPER_VERSION_PATCH);
+    return u"Version:   %1.%2.%3"_s.arg(PADMAPPER_VERSION_MAJOR)
+        .arg(PADMAPPER_VERSION_MINOR)
+        .arg(PADMAPPER_VERSION_PATCH);
 }
 
 AboutDialog::AboutDialog(QWidget *parent) : QDialog(parent)

@@ -15,7 +15,8 @@ class QWidget;
 // than nothing at fractional ratios. Drawings kept as images are drawn with that
 // offset and put down on whole device pixels, so they land exactly where
 // painting directly would have put them.
-struct DevicePlacement {
+struct DevicePlacement
+{
     qreal Ratio = 1;
     QPointF Fraction;
 
@@ -29,7 +30,7 @@ DevicePlacement PlacementOf(const QWidget &widget, qreal ratio);
 
 // A drawing of a widget's size kept as an image: paint(QPainter &) draws it in
 // the widget's coordinates, placed as at says. Null for an empty size.
-template <typename Paint>
+template<typename Paint>
 QImage RenderPlaced(QSize size, const DevicePlacement &at, Paint paint)
 {
     const QSize pixels(qCeil(size.width() * at.Ratio + at.Fraction.x()),

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "editordialogs.h"
 
+#include "profile/document.h"
 #include "settings/filetypes.h"
 #include "settings/settingsstore.h"
 #include "settingswindow.h"
-#include "profile/document.h"
 #include "support/dialogfilter.h"
 
 #include <QCoreApplication>
@@ -19,8 +19,7 @@ void StandardEditorDialogs::ShowMessage(QWidget *parent, const DocumentMessage &
     box.exec();
 }
 
-EditorDialogs::Answer StandardEditorDialogs::AskYesNoCancel(QWidget *parent, const QString &text,
-                                                            const QString &title)
+EditorDialogs::Answer StandardEditorDialogs::AskYesNoCancel(QWidget *parent, const QString &text, const QString &title)
 {
     QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel,
                     parent);

@@ -45,8 +45,7 @@ class StandardEditorDialogs : public EditorDialogs
 public:
     void ShowMessage(QWidget *parent, const DocumentMessage &message) override;
     Answer AskYesNoCancel(QWidget *parent, const QString &text, const QString &title) override;
-    QString OpenFileName(QWidget *parent, const QString &title, const QString &folder,
-                         const QString &filter) override;
+    QString OpenFileName(QWidget *parent, const QString &title, const QString &folder, const QString &filter) override;
     ChosenFile SaveFileName(QWidget *parent, const QString &title, const QString &proposedPath,
                             const QString &filter) override;
     bool ConfigurePort(QWidget *parent) override;

@@ -34,8 +34,8 @@ QString FileNameDialogs::AskOpen(QString &folder, const QString &title, const QS
 
 QString FileNameDialogs::AskSave(QString &folder, const QString &title, const QString &name, const QString &filter)
 {
-    const EditorDialogs::ChosenFile chosen
-        = m_dialogs.SaveFileName(m_parent, title, QDir(folder).filePath(name), filter);
+    const EditorDialogs::ChosenFile chosen = m_dialogs.SaveFileName(m_parent, title, QDir(folder).filePath(name),
+                                                                    filter);
     const QString path = SaveDialogPath(chosen, filter);
     if (!path.isEmpty())
         folder = QFileInfo(path).absolutePath();

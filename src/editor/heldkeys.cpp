@@ -49,8 +49,8 @@ constexpr std::array<std::pair<quint32, int>, 10> ModifierKeysyms = {{
 // X key codes (evdev codes + 8) of the digit row and the punctuation keys, and
 // the virtual keys a German keyboard gives them, whatever Shift makes of them.
 constexpr std::array<std::pair<quint32, int>, 22> PositionKeys = {{
-    {10, 49}, {11, 50}, {12, 51}, {13, 52}, {14, 53}, {15, 54}, {16, 55}, {17, 56}, {18, 57}, {19, 48},
-    {20, 219}, // ß
+    {10, 49},  {11, 50}, {12, 51}, {13, 52}, {14, 53},  {15, 54},
+    {16, 55},  {17, 56}, {18, 57}, {19, 48}, {20, 219}, // ß
     {21, 221}, // ´
     {34, 186}, // Ü
     {35, 187}, // +
@@ -76,14 +76,21 @@ int ByQtKey(int key, bool keypad)
         if (key >= Qt::Key_0 && key <= Qt::Key_9)
             return Vk::Numpad0 + (key - Qt::Key_0);
         switch (key) {
-        case Qt::Key_Asterisk: return Vk::Multiply;
-        case Qt::Key_Plus: return Vk::Add;
-        case Qt::Key_Minus: return Vk::Subtract;
+        case Qt::Key_Asterisk:
+            return Vk::Multiply;
+        case Qt::Key_Plus:
+            return Vk::Add;
+        case Qt::Key_Minus:
+            return Vk::Subtract;
         case Qt::Key_Period:
-        case Qt::Key_Comma: return Vk::Decimal;
-        case Qt::Key_Slash: return Vk::Divide;
-        case Qt::Key_Clear: return Vk::Clear;
-        default: break;
+        case Qt::Key_Comma:
+            return Vk::Decimal;
+        case Qt::Key_Slash:
+            return Vk::Divide;
+        case Qt::Key_Clear:
+            return Vk::Clear;
+        default:
+            break;
         }
     }
     if (key >= Qt::Key_A && key <= Qt::Key_Z)
@@ -93,56 +100,97 @@ int ByQtKey(int key, bool keypad)
     if (key >= Qt::Key_F1 && key <= Qt::Key_F24)
         return Vk::F1 + (key - Qt::Key_F1);
     switch (key) {
-    case Qt::Key_Backspace: return Vk::Back;
+    case Qt::Key_Backspace:
+        return Vk::Back;
     case Qt::Key_Tab:
-    case Qt::Key_Backtab: return Vk::Tab;
-    case Qt::Key_Clear: return Vk::Clear;
+    case Qt::Key_Backtab:
+        return Vk::Tab;
+    case Qt::Key_Clear:
+        return Vk::Clear;
     case Qt::Key_Return:
-    case Qt::Key_Enter: return Vk::Return;
-    case Qt::Key_Pause: return Vk::Pause;
-    case Qt::Key_CapsLock: return Vk::Capital;
-    case Qt::Key_Escape: return Vk::Escape;
-    case Qt::Key_Space: return Vk::Space;
-    case Qt::Key_PageUp: return Vk::Prior;
-    case Qt::Key_PageDown: return Vk::Next;
-    case Qt::Key_End: return Vk::End;
-    case Qt::Key_Home: return Vk::Home;
-    case Qt::Key_Left: return Vk::Left;
-    case Qt::Key_Up: return Vk::Up;
-    case Qt::Key_Right: return Vk::Right;
-    case Qt::Key_Down: return Vk::Down;
-    case Qt::Key_Print: return Vk::Snapshot;
-    case Qt::Key_Insert: return Vk::Insert;
-    case Qt::Key_Delete: return Vk::Delete;
-    case Qt::Key_Menu: return Vk::Apps;
-    case Qt::Key_NumLock: return Vk::NumLock;
-    case Qt::Key_ScrollLock: return Vk::ScrollLock;
+    case Qt::Key_Enter:
+        return Vk::Return;
+    case Qt::Key_Pause:
+        return Vk::Pause;
+    case Qt::Key_CapsLock:
+        return Vk::Capital;
+    case Qt::Key_Escape:
+        return Vk::Escape;
+    case Qt::Key_Space:
+        return Vk::Space;
+    case Qt::Key_PageUp:
+        return Vk::Prior;
+    case Qt::Key_PageDown:
+        return Vk::Next;
+    case Qt::Key_End:
+        return Vk::End;
+    case Qt::Key_Home:
+        return Vk::Home;
+    case Qt::Key_Left:
+        return Vk::Left;
+    case Qt::Key_Up:
+        return Vk::Up;
+    case Qt::Key_Right:
+        return Vk::Right;
+    case Qt::Key_Down:
+        return Vk::Down;
+    case Qt::Key_Print:
+        return Vk::Snapshot;
+    case Qt::Key_Insert:
+        return Vk::Insert;
+    case Qt::Key_Delete:
+        return Vk::Delete;
+    case Qt::Key_Menu:
+        return Vk::Apps;
+    case Qt::Key_NumLock:
+        return Vk::NumLock;
+    case Qt::Key_ScrollLock:
+        return Vk::ScrollLock;
     // Without a native code the side is unknown: take the left key.
-    case Qt::Key_Shift: return ModifierKeys::LeftShift;
-    case Qt::Key_Control: return ModifierKeys::LeftCtrl;
-    case Qt::Key_Alt: return ModifierKeys::LeftAlt;
-    case Qt::Key_AltGr: return ModifierKeys::RightAlt;
+    case Qt::Key_Shift:
+        return ModifierKeys::LeftShift;
+    case Qt::Key_Control:
+        return ModifierKeys::LeftCtrl;
+    case Qt::Key_Alt:
+        return ModifierKeys::LeftAlt;
+    case Qt::Key_AltGr:
+        return ModifierKeys::RightAlt;
     case Qt::Key_Meta:
-    case Qt::Key_Super_L: return ModifierKeys::LeftWin;
-    case Qt::Key_Super_R: return ModifierKeys::RightWin;
+    case Qt::Key_Super_L:
+        return ModifierKeys::LeftWin;
+    case Qt::Key_Super_R:
+        return ModifierKeys::RightWin;
     // The punctuation of a German keyboard.
-    case Qt::Key_Udiaeresis: return 186;
-    case Qt::Key_Plus: return 187;
-    case Qt::Key_Comma: return 188;
-    case Qt::Key_Minus: return 189;
-    case Qt::Key_Period: return 190;
-    case Qt::Key_NumberSign: return 191;
-    case Qt::Key_Odiaeresis: return 192;
-    case Qt::Key_ssharp: return 219;
+    case Qt::Key_Udiaeresis:
+        return 186;
+    case Qt::Key_Plus:
+        return 187;
+    case Qt::Key_Comma:
+        return 188;
+    case Qt::Key_Minus:
+        return 189;
+    case Qt::Key_Period:
+        return 190;
+    case Qt::Key_NumberSign:
+        return 191;
+    case Qt::Key_Odiaeresis:
+        return 192;
+    case Qt::Key_ssharp:
+        return 219;
     case Qt::Key_AsciiCircum:
-    case Qt::Key_Dead_Circumflex: return 220;
+    case Qt::Key_Dead_Circumflex:
+        return 220;
     case Qt::Key_acute:
-    case Qt::Key_Dead_Acute: return 221;
-    case Qt::Key_Adiaeresis: return 222;
+    case Qt::Key_Dead_Acute:
+        return 221;
+    case Qt::Key_Adiaeresis:
+        return 222;
     case Qt::Key_Less:
     case Qt::Key_Greater:
-    case Qt::Key_Bar: return 226;
-    default: return 0;
+    case Qt::Key_Bar:
+        return 226;
+    default:
+        return 0;
     }
 }
 
@@ -155,10 +203,14 @@ int WindowsVirtualKey(const QKeyEvent &event)
     const int vk = static_cast<int>(event.nativeVirtualKey());
     const quint32 scan = event.nativeScanCode();
     switch (vk) {
-    case Vk::Shift: return (scan & 0xFF) == RightShiftScanCode ? ModifierKeys::RightShift : ModifierKeys::LeftShift;
-    case Vk::Control: return (scan & ExtendedKeyFlag) ? ModifierKeys::RightCtrl : ModifierKeys::LeftCtrl;
-    case Vk::Menu: return (scan & ExtendedKeyFlag) ? ModifierKeys::RightAlt : ModifierKeys::LeftAlt;
-    default: return vk;
+    case Vk::Shift:
+        return (scan & 0xFF) == RightShiftScanCode ? ModifierKeys::RightShift : ModifierKeys::LeftShift;
+    case Vk::Control:
+        return (scan & ExtendedKeyFlag) ? ModifierKeys::RightCtrl : ModifierKeys::LeftCtrl;
+    case Vk::Menu:
+        return (scan & ExtendedKeyFlag) ? ModifierKeys::RightAlt : ModifierKeys::LeftAlt;
+    default:
+        return vk;
     }
 }
 #endif

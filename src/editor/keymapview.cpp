@@ -12,8 +12,7 @@
 
 using namespace Qt::StringLiterals;
 
-KeymapView::KeymapView(const Document &document, QWidget *parent)
-    : QWidget(parent, Qt::Window), m_document(document)
+KeymapView::KeymapView(const Document &document, QWidget *parent) : QWidget(parent, Qt::Window), m_document(document)
 {
     setWindowTitle(LanguageText(EditorText::MenuViewKeymap).remove(u'&'));
     m_text = new QPlainTextEdit(this);

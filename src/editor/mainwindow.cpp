@@ -6,36 +6,36 @@
 #include "editordialogs.h"
 #include "editortexts.h"
 #include "heldkeys.h"
-#include "keymapview.h"
 #include "keymap/keyboardcapture.h"
 #include "keymap/keymaptexts.h"
 #include "keymap/keymapwriter.h"
 #include "keymap/keytable.h"
-#include "phonekeypad.h"
-#include "settingswindow.h"
-#include "uploadwindow.h"
+#include "keymapview.h"
 #include "phone/profileupload.h"
+#include "phonekeypad.h"
 #include "profile/document.h"
 #include "profile/picture.h"
 #include "profile/tempfiles.h"
 #include "settings/readme.h"
+#include "settingswindow.h"
 #include "support/nativefile.h"
 #include "support/programpaths.h"
 #include "transport/uploadjobs.h"
+#include "uploadwindow.h"
 
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDesktopServices>
 #include <QDragEnterEvent>
 #include <QDropEvent>
-#include <QMimeData>
-#include <QThreadPool>
-#include <QUrl>
 #include <QFontDatabase>
 #include <QHBoxLayout>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QPushButton>
 #include <QScreen>
+#include <QThreadPool>
+#include <QUrl>
 #include <QVBoxLayout>
 #include <QWindow>
 
@@ -121,8 +121,7 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
     connect(m_sendButton, &QPushButton::clicked, this, &MainWindow::SendProfile);
     connect(m_loadPictureButton, &QPushButton::clicked, this, &MainWindow::ImportPicture);
 
-    m_focusWindowWatch
-        = connect(qApp, &QGuiApplication::focusWindowChanged, this, &MainWindow::FocusWindowChanged);
+    m_focusWindowWatch = connect(qApp, &QGuiApplication::focusWindowChanged, this, &MainWindow::FocusWindowChanged);
 
     connect(&m_countdown, &SnapshotCountdown::Counted, m_editor->SnapshotButton(), &QPushButton::setText);
     connect(&m_countdown, &SnapshotCountdown::Finished, this, [this] {
@@ -154,7 +153,8 @@ void MainWindow::BuildMenus()
     m_saveAsAction = m_fileMenu->addAction(QString(), this, [this] { (void)SaveAs(); });
     // Some platforms (plain X11 among them) bind nothing to Save As.
     const QList<QKeySequence> saveAsKeys = QKeySequence::keyBindings(QKeySequence::SaveAs);
-    m_saveAsAction->setShortcuts(saveAsKeys.isEmpty() ? QList<QKeySequence>{QKeySequence(u"Ctrl+Shift+S"_s)} : saveAsKeys);
+    m_saveAsAction->setShortcuts(saveAsKeys.isEmpty() ? QList<QKeySequence>{QKeySequence(u"Ctrl+Shift+S"_s)}
+                                                      : saveAsKeys);
     m_fileMenu->addSeparator();
     m_importMenu = m_fileMenu->addMenu(QString());
     m_importPictureAction = m_importMenu->addAction(QString(), this, &MainWindow::ImportPicture);
@@ -401,8 +401,8 @@ bool MainWindow::Save()
 bool MainWindow::SaveAs()
 {
     const QString name = m_document->NameWithExtension();
-    const QString path
-        = m_document->IsKeymapDocument() ? m_fileNames.KeymapToSave(name) : m_fileNames.ProfileToSave(name);
+    const QString path = m_document->IsKeymapDocument() ? m_fileNames.KeymapToSave(name)
+                                                        : m_fileNames.ProfileToSave(name);
     return !path.isEmpty() && m_document->SaveAs(path);
 }
 

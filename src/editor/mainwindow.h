@@ -2,9 +2,9 @@
 #pragma once
 
 #include "filenamedialogs.h"
-#include "snapshotcountdown.h"
 #include "keymap/keyactiontext.h"
 #include "settings/settingsstore.h"
+#include "snapshotcountdown.h"
 #include "support/nativefile.h"
 
 #include <QMainWindow>

@@ -11,7 +11,8 @@
 
 namespace {
 
-class MovementArrowEngine : public QIconEngine {
+class MovementArrowEngine : public QIconEngine
+{
 public:
     MovementArrowEngine(int mouseAction, const QPalette &palette)
         : m_action(mouseAction), m_normal(palette.color(QPalette::Active, QPalette::WindowText)),
@@ -22,9 +23,7 @@ public:
 
     void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State) override
     {
-        const QColor colour = mode == QIcon::Disabled ? m_disabled
-            : mode == QIcon::Selected                 ? m_selected
-                                                      : m_normal;
+        const QColor colour = mode == QIcon::Disabled ? m_disabled : mode == QIcon::Selected ? m_selected : m_normal;
         painter->save();
         painter->setRenderHint(QPainter::Antialiasing);
         PaintMovementArrow(*painter, rect, m_action, colour);

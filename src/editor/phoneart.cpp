@@ -28,9 +28,9 @@ const QColor MetalInk(0x2c, 0x31, 0x37);
 QColor Mix(const QColor &a, const QColor &b, qreal t)
 {
     return QColor::fromRgbF(static_cast<float>(a.redF() + (b.redF() - a.redF()) * t),
-        static_cast<float>(a.greenF() + (b.greenF() - a.greenF()) * t),
-        static_cast<float>(a.blueF() + (b.blueF() - a.blueF()) * t),
-        static_cast<float>(a.alphaF() + (b.alphaF() - a.alphaF()) * t));
+                            static_cast<float>(a.greenF() + (b.greenF() - a.greenF()) * t),
+                            static_cast<float>(a.blueF() + (b.blueF() - a.blueF()) * t),
+                            static_cast<float>(a.alphaF() + (b.alphaF() - a.alphaF()) * t));
 }
 
 QColor WithAlpha(QColor colour, int alpha)
@@ -63,8 +63,8 @@ QPainterPath CameraGlyph(const QRectF &square)
     QPainterPath shape;
     shape.addRoundedRect(body, 0.1 * s, 0.1 * s);
     QPainterPath hump;
-    hump.addRoundedRect(
-        QRectF(square.left() + 0.3 * s, square.top() + 0.18 * s, 0.4 * s, 0.2 * s), 0.06 * s, 0.06 * s);
+    hump.addRoundedRect(QRectF(square.left() + 0.3 * s, square.top() + 0.18 * s, 0.4 * s, 0.2 * s), 0.06 * s,
+                        0.06 * s);
     shape = shape.united(hump);
     const QPointF lens(body.center().x(), body.center().y() + 0.02 * s);
     QPainterPath ring;
@@ -100,17 +100,17 @@ void PaintKeySymbol(QPainter &painter, const QRectF &rect, KeySymbol symbol, con
     case KeySymbol::ArrowRight:
     case KeySymbol::ArrowDown: {
         // Drawn pointing right, then turned.
-        const qreal degrees = symbol == KeySymbol::ArrowLeft ? 180
-            : symbol == KeySymbol::ArrowUp                   ? 270
-            : symbol == KeySymbol::ArrowRight                ? 0
-                                                             : 90;
+        const qreal degrees = symbol == KeySymbol::ArrowLeft    ? 180
+                              : symbol == KeySymbol::ArrowUp    ? 270
+                              : symbol == KeySymbol::ArrowRight ? 0
+                                                                : 90;
         painter.translate(c);
         painter.rotate(degrees);
         const qreal round = 0.1 * s;
         FillSmooth(painter,
-            Triangle(QPointF(0.36 * s - round / 2, 0), QPointF(-0.24 * s + round / 2, -0.38 * s + round),
-                QPointF(-0.24 * s + round / 2, 0.38 * s - round)),
-            colour, round);
+                   Triangle(QPointF(0.36 * s - round / 2, 0), QPointF(-0.24 * s + round / 2, -0.38 * s + round),
+                            QPointF(-0.24 * s + round / 2, 0.38 * s - round)),
+                   colour, round);
         break;
     }
     case KeySymbol::Plus:
@@ -163,8 +163,8 @@ void PaintPhoneBody(QPainter &painter, const PhoneBodyArt &art, const QPalette &
     for (int layer = layers; layer >= 1; --layer) {
         const qreal grow = layer * 0.5 * u;
         painter.setBrush(QColor(0, 0, 0, darkWindow ? 16 : 8));
-        painter.drawRoundedRect(
-            body.adjusted(-grow, -grow + 2.0 * u, grow, grow + 2.0 * u), radius + grow, radius + grow);
+        painter.drawRoundedRect(body.adjusted(-grow, -grow + 2.0 * u, grow, grow + 2.0 * u), radius + grow,
+                                radius + grow);
     }
 
     // The frame: satin metal, light catching its two long edges.
@@ -177,9 +177,8 @@ void PaintPhoneBody(QPainter &painter, const PhoneBodyArt &art, const QPalette &
     painter.setPen(Qt::NoPen);
     painter.setBrush(QColor(0x16, 0x19, 0x1c));
     for (const QRectF &slot : art.SideKeys)
-        painter.drawRoundedRect(
-            QRectF(slot.left() - 1.3 * u, slot.top() - 0.5 * u, 1.6 * u, slot.height() + 1.0 * u), 0.6 * u,
-            0.6 * u);
+        painter.drawRoundedRect(QRectF(slot.left() - 1.3 * u, slot.top() - 0.5 * u, 1.6 * u, slot.height() + 1.0 * u),
+                                0.6 * u, 0.6 * u);
 
     // The front: graphite, a touch lighter at the top, with a broad soft sheen.
     const qreal rim = 2.3 * u;
@@ -201,8 +200,8 @@ void PaintPhoneBody(QPainter &painter, const PhoneBodyArt &art, const QPalette &
     painter.setPen(QPen(QColor(0, 0, 0, 150), std::max(1.0, 0.4 * u)));
     painter.drawRoundedRect(face, faceRadius, faceRadius);
     painter.setPen(QPen(QColor(255, 255, 255, 28), std::max(1.0, 0.3 * u)));
-    painter.drawRoundedRect(
-        face.adjusted(0.5 * u, 0.5 * u, -0.5 * u, -0.5 * u), faceRadius - 0.5 * u, faceRadius - 0.5 * u);
+    painter.drawRoundedRect(face.adjusted(0.5 * u, 0.5 * u, -0.5 * u, -0.5 * u), faceRadius - 0.5 * u,
+                            faceRadius - 0.5 * u);
 
     // Earpiece and the small front lens beside it.
     const qreal earY = face.top() + 4.6 * u;
@@ -260,9 +259,9 @@ QColor KeyCapInk(KeyCapStyle style, const KeyCapState &state, const QPalette &pa
             ink = secondary ? QColor(0xdc, 0xe4, 0xee) : QColor(Qt::white);
         break;
     case KeyCapStyle::JoystickDirection:
-        ink = state.Down    ? KeyAccent(palette).lighter(130)
-            : state.Hovered ? QColor(Qt::white)
-                            : QColor(0xb8, 0xc0, 0xca);
+        ink = state.Down      ? KeyAccent(palette).lighter(130)
+              : state.Hovered ? QColor(Qt::white)
+                              : QColor(0xb8, 0xc0, 0xca);
         break;
     case KeyCapStyle::JoystickPress:
     case KeyCapStyle::SideKey:
@@ -275,7 +274,7 @@ QColor KeyCapInk(KeyCapStyle style, const KeyCapState &state, const QPalette &pa
 }
 
 void PaintKeyCap(QPainter &painter, const QPainterPath &face, KeyCapStyle style, const KeyCapState &state,
-    const QPalette &palette, qreal unit)
+                 const QPalette &palette, qreal unit)
 {
     const qreal u = unit;
     const QColor accent = KeyAccent(palette);
@@ -341,7 +340,7 @@ void PaintKeyCap(QPainter &painter, const QPainterPath &face, KeyCapStyle style,
         painter.setBrush(QColor(0, 0, 0, 120));
         painter.drawPath(face.translated(0, 0.5 * u));
         QRadialGradient dome(QPointF(box.center().x() - box.width() * 0.15, box.top() + box.height() * 0.25),
-            box.width() * 0.9);
+                             box.width() * 0.9);
         QColor light(0xf4, 0xf6, 0xf9);
         QColor dark(0x8d, 0x95, 0x9f);
         if (state.Down) {
@@ -360,8 +359,7 @@ void PaintKeyCap(QPainter &painter, const QPainterPath &face, KeyCapStyle style,
     }
     case KeyCapStyle::SideKey: {
         painter.setPen(QPen(QColor(0, 0, 0, 140), hairline));
-        QLinearGradient metal
-            = Metal(box.topLeft(), box.topRight(), state.Hovered && state.Enabled ? 1.08 : 1.0);
+        QLinearGradient metal = Metal(box.topLeft(), box.topRight(), state.Hovered && state.Enabled ? 1.08 : 1.0);
         painter.setBrush(metal);
         painter.drawPath(face);
         if (state.Down) {

@@ -22,7 +22,8 @@ void PaintKeySymbol(QPainter &painter, const QRectF &rect, KeySymbol symbol, con
 
 // The parts of the phone, all in widget coordinates; unit is the length of one
 // design unit (the body is 100 units wide), used for line widths and radii.
-struct PhoneBodyArt {
+struct PhoneBodyArt
+{
     QRectF Body;
     QRectF Glass; // the black glass around the display
     QRectF Display; // where the picture is shown
@@ -40,7 +41,8 @@ QLinearGradient GlassGloss(const QRectF &glass);
 
 // How a key cap is drawn.
 enum class KeyCapStyle { Digit, SoftKey, JoystickDirection, JoystickPress, SideKey };
-struct KeyCapState {
+struct KeyCapState
+{
     bool Hovered = false;
     bool Down = false; // pressed by the mouse or the space bar, or the selected key
     bool Focused = false;
@@ -50,10 +52,9 @@ struct KeyCapState {
 // ring that the body carries: face is the segment of the ring that lights up on
 // hover and press, and nothing else is drawn for it but the focus mark.
 void PaintKeyCap(QPainter &painter, const QPainterPath &face, KeyCapStyle style, const KeyCapState &state,
-    const QPalette &palette, qreal unit);
+                 const QPalette &palette, qreal unit);
 // The colour of words and symbols on a cap of that style.
-QColor KeyCapInk(
-    KeyCapStyle style, const KeyCapState &state, const QPalette &palette, bool secondary = false);
+QColor KeyCapInk(KeyCapStyle style, const KeyCapState &state, const QPalette &palette, bool secondary = false);
 // The colour that marks the selected and the focused key, from the palette's highlight,
 // made light enough to stand out on the dark phone.
 QColor KeyAccent(const QPalette &palette);

@@ -42,7 +42,8 @@ const QRectF CameraSlot(100, 160, SideKeyDepth, 17);
 // Room around a cap for its shadow and the focus ring.
 const qreal CapMargin = 1.2;
 
-struct KeyShape {
+struct KeyShape
+{
     QRectF Cap; // in design units
     QPainterPath Face; // in design units
     QRectF Content; // in design units
@@ -60,8 +61,8 @@ KeyShape ShapeOf(PhoneKey index)
     case KeyCapStyle::SoftKey: {
         const bool left = index == PhoneKeys::Lsk;
         shape.Cap = left ? LeftSoftKey
-                         : QRectF(BodyRect.width() - LeftSoftKey.right(), LeftSoftKey.top(),
-                             LeftSoftKey.width(), LeftSoftKey.height());
+                         : QRectF(BodyRect.width() - LeftSoftKey.right(), LeftSoftKey.top(), LeftSoftKey.width(),
+                                  LeftSoftKey.height());
         const QRectF cap = shape.Cap.adjusted(CapMargin, CapMargin, -CapMargin, -CapMargin);
         QPainterPath rounded;
         rounded.addRoundedRect(cap, 5, 5);
@@ -81,10 +82,10 @@ KeyShape ShapeOf(PhoneKey index)
     case KeyCapStyle::JoystickDirection: {
         // The arm pointing right, turned into place.
         const QRectF arm(ArmInner, -ArmHalfWidth, ArmOuter - ArmInner, 2 * ArmHalfWidth);
-        const qreal degrees = index == PhoneKeys::Left ? 180
-            : index == PhoneKeys::Up                   ? 270
-            : index == PhoneKeys::Right                ? 0
-                                                       : 90;
+        const qreal degrees = index == PhoneKeys::Left    ? 180
+                              : index == PhoneKeys::Up    ? 270
+                              : index == PhoneKeys::Right ? 0
+                                                          : 90;
         QTransform turn;
         turn.translate(JoystickCentre.x(), JoystickCentre.y());
         turn.rotate(degrees);
@@ -104,9 +105,9 @@ KeyShape ShapeOf(PhoneKey index)
         break;
     }
     case KeyCapStyle::SideKey: {
-        const QRectF slot = index == PhoneKeys::VolUp ? VolumeUpSlot
-            : index == PhoneKeys::VolDown             ? VolumeDownSlot
-                                                      : CameraSlot;
+        const QRectF slot = index == PhoneKeys::VolUp     ? VolumeUpSlot
+                            : index == PhoneKeys::VolDown ? VolumeDownSlot
+                                                          : CameraSlot;
         shape.Cap = slot.adjusted(0, -CapMargin, CapMargin, CapMargin);
         // Square where it leaves the body, rounded outside.
         const qreal r = 1.8;
@@ -120,8 +121,8 @@ KeyShape ShapeOf(PhoneKey index)
     }
     case KeyCapStyle::Digit: {
         const int position = index - PhoneKeys::Digit1; // 0..11: 1..9, *, 0, #
-        const QRectF cap(DigitLeft + (position % 3) * DigitColumnPitch,
-            DigitTop + (position / 3) * DigitRowPitch, DigitWidth, DigitHeight);
+        const QRectF cap(DigitLeft + (position % 3) * DigitColumnPitch, DigitTop + (position / 3) * DigitRowPitch,
+                         DigitWidth, DigitHeight);
         shape.Cap = cap.adjusted(-CapMargin, -CapMargin, CapMargin, CapMargin);
         shape.Face.addRoundedRect(cap, 4, 4);
         shape.Content = cap;
@@ -182,22 +183,22 @@ PhoneLayout LayOutPhone(QSize size)
     // they look exactly alike, and share one drawing of their cap.
     const KeyShape firstDigit = ShapeOf(PhoneKeys::Digit1);
     const QRect firstDigitGeometry = PixelRect(toWidget.mapRect(firstDigit.Cap));
-    const QTransform toFirstDigit
-        = toWidget * QTransform::fromTranslate(-firstDigitGeometry.left(), -firstDigitGeometry.top());
+    const QTransform toFirstDigit = toWidget
+                                    * QTransform::fromTranslate(-firstDigitGeometry.left(), -firstDigitGeometry.top());
     for (PhoneKey key = 0; key < PhoneKeys::Count; ++key) {
         PhoneLayout::Key &placed = layout.Keys.at(static_cast<std::size_t>(key));
         if (KeyCapStyleOf(key) == KeyCapStyle::Digit) {
             const int position = key - PhoneKeys::Digit1;
             const QPoint offset(qRound((position % 3) * DigitColumnPitch * scale),
-                qRound((position / 3) * DigitRowPitch * scale));
-            placed = { firstDigitGeometry.translated(offset), toFirstDigit.map(firstDigit.Face),
-                toFirstDigit.mapRect(firstDigit.Content) };
+                                qRound((position / 3) * DigitRowPitch * scale));
+            placed = {firstDigitGeometry.translated(offset), toFirstDigit.map(firstDigit.Face),
+                      toFirstDigit.mapRect(firstDigit.Content)};
             continue;
         }
         const KeyShape shape = ShapeOf(key);
         const QRect geometry = PixelRect(toWidget.mapRect(shape.Cap));
         const QTransform toButton = toWidget * QTransform::fromTranslate(-geometry.left(), -geometry.top());
-        placed = { geometry, toButton.map(shape.Face), toButton.mapRect(shape.Content) };
+        placed = {geometry, toButton.map(shape.Face), toButton.mapRect(shape.Content)};
     }
 
     layout.Display = PixelRect(toWidget.mapRect(DisplayRect));
@@ -206,8 +207,8 @@ PhoneLayout LayOutPhone(QSize size)
     layout.Art.Display = layout.Display;
     layout.Art.JoystickCentre = toWidget.map(JoystickCentre);
     layout.Art.JoystickRadius = JoystickRadius * scale;
-    layout.Art.SideKeys
-        = { toWidget.mapRect(VolumeUpSlot), toWidget.mapRect(VolumeDownSlot), toWidget.mapRect(CameraSlot) };
+    layout.Art.SideKeys = {toWidget.mapRect(VolumeUpSlot), toWidget.mapRect(VolumeDownSlot),
+                           toWidget.mapRect(CameraSlot)};
     layout.Art.Unit = scale;
     return layout;
 }

@@ -25,8 +25,10 @@ QSizeF PhoneDesignSize();
 
 // The phone in a widget of some size: it keeps its proportions and sits in the
 // middle. All in the widget's coordinates unless said otherwise.
-struct PhoneLayout {
-    struct Key {
+struct PhoneLayout
+{
+    struct Key
+    {
         QRect Geometry; // the key button, in whole pixels
         // In the button's own coordinates: the outline of its cap, and the part
         // of it that holds the caption or symbol.

@@ -21,18 +21,7 @@ const qreal VoicemailWidth = 5.4;
 
 // The usual letters of the digit keys 1..9, *, 0, #.
 const std::array<QStringView, 12> DigitLetters = {
-    u"",
-    u"abc",
-    u"def",
-    u"ghi",
-    u"jkl",
-    u"mno",
-    u"pqrs",
-    u"tuv",
-    u"wxyz",
-    u"",
-    u"+",
-    u"",
+    u"", u"abc", u"def", u"ghi", u"jkl", u"mno", u"pqrs", u"tuv", u"wxyz", u"", u"+", u"",
 };
 
 KeySymbol SymbolOf(int index)
@@ -67,8 +56,7 @@ qreal TextScale(const QWidget &widget, qreal pixels)
 {
     const QFont &font = widget.font();
     // The font's exact size: a 10 point font is 13 1/3 pixels at 96 dpi.
-    const qreal fontPixels
-        = font.pixelSize() > 0 ? font.pixelSize() : font.pointSizeF() * widget.logicalDpiY() / 72.0;
+    const qreal fontPixels = font.pixelSize() > 0 ? font.pixelSize() : font.pointSizeF() * widget.logicalDpiY() / 72.0;
     return fontPixels > 0 ? pixels / fontPixels : 1;
 }
 
@@ -152,10 +140,10 @@ QString PhoneKeyButton::CapKey(const KeyCapState &state, qreal ratio, QPointF fr
     // The digit keys share one outline, so they share their caps too.
     const int owner = m_style == KeyCapStyle::Digit ? -1 : m_index;
     const QRectF bounds = m_face.boundingRect();
-    return QString::asprintf("PhoneKeyCap %d %d %d%d%d %08x %g %g,%g %g %dx%d %g %g", owner,
-        static_cast<int>(m_style), state.Down, state.Hovered && state.Enabled, state.Focused,
-        KeyAccent(palette()).rgba(), ratio, fraction.x(), fraction.y(), m_unit, width(), height(), bounds.left(),
-        bounds.top());
+    return QString::asprintf("PhoneKeyCap %d %d %d%d%d %08x %g %g,%g %g %dx%d %g %g", owner, static_cast<int>(m_style),
+                             state.Down, state.Hovered && state.Enabled, state.Focused, KeyAccent(palette()).rgba(),
+                             ratio, fraction.x(), fraction.y(), m_unit, width(), height(), bounds.left(),
+                             bounds.top());
 }
 
 void PhoneKeyButton::PaintCap(QPainter &painter, const KeyCapState &state)
@@ -184,8 +172,8 @@ void PhoneKeyButton::PaintCaption(QPainter &painter, const KeyCapState &state)
     const QString caption = text();
     if (caption.isEmpty())
         return;
-    const QRectF area
-        = m_content.adjusted(1.2 * m_unit, 0, -1.2 * m_unit, 0).translated(0, state.Down ? 0.25 * m_unit : 0);
+    const QRectF area =
+        m_content.adjusted(1.2 * m_unit, 0, -1.2 * m_unit, 0).translated(0, state.Down ? 0.25 * m_unit : 0);
     qreal scale = TextScale(*this, 5.4 * m_unit);
     // Long captions of other languages shrink to fit.
     QString plain = caption;
@@ -246,7 +234,8 @@ void PhoneKeyButton::PaintDigit(QPainter &painter, const KeyCapState &state)
         DrawScaledText(painter, QPointF(extraLeft, digitBottom), smallScale, letters.toString());
     } else if (voicemail) {
         PaintVoicemailMark(painter,
-            QRectF(extraLeft, digitBottom - 2.6 * m_unit, VoicemailWidth * m_unit, 2.6 * m_unit), secondary);
+                           QRectF(extraLeft, digitBottom - 2.6 * m_unit, VoicemailWidth * m_unit, 2.6 * m_unit),
+                           secondary);
     }
 }
 

@@ -9,7 +9,8 @@
 
 // One key of the phone picture: a real button (focusable, Space presses it) that
 // paints itself as a key cap. The keypad gives it its outline.
-class PhoneKeyButton : public QAbstractButton {
+class PhoneKeyButton : public QAbstractButton
+{
     Q_OBJECT
 
 public:

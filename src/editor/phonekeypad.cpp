@@ -50,8 +50,7 @@ void PhoneScreen::paintEvent(QPaintEvent *)
     const QSize pixels(qRound(shown.width() * ratio), qRound(shown.height() * ratio));
     // Scaled once per size, not on every paint.
     if (m_scaled.size() != pixels) {
-        m_scaled
-            = QPixmap::fromImage(m_picture.scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+        m_scaled = QPixmap::fromImage(m_picture.scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
         m_scaled.setDevicePixelRatio(ratio);
     }
     painter.drawPixmap(shown.topLeft(), m_scaled);
@@ -77,28 +76,11 @@ PhoneKeypad::PhoneKeypad(QWidget *parent) : QWidget(parent)
     }
     // Tab runs as the eye reads: soft keys and joystick, the digits, then the side keys.
     const std::array<int, PhoneKeys::Count> tabOrder = {
-        PhoneKeys::Lsk,
-        PhoneKeys::Up,
-        PhoneKeys::Left,
-        PhoneKeys::Joy,
-        PhoneKeys::Right,
-        PhoneKeys::Down,
-        PhoneKeys::Rsk,
-        PhoneKeys::Digit(1),
-        PhoneKeys::Digit(2),
-        PhoneKeys::Digit(3),
-        PhoneKeys::Digit(4),
-        PhoneKeys::Digit(5),
-        PhoneKeys::Digit(6),
-        PhoneKeys::Digit(7),
-        PhoneKeys::Digit(8),
-        PhoneKeys::Digit(9),
-        PhoneKeys::Star,
-        PhoneKeys::Digit(0),
-        PhoneKeys::Hash,
-        PhoneKeys::VolUp,
-        PhoneKeys::VolDown,
-        PhoneKeys::Cam,
+        PhoneKeys::Lsk,      PhoneKeys::Up,       PhoneKeys::Left,     PhoneKeys::Joy,      PhoneKeys::Right,
+        PhoneKeys::Down,     PhoneKeys::Rsk,      PhoneKeys::Digit(1), PhoneKeys::Digit(2), PhoneKeys::Digit(3),
+        PhoneKeys::Digit(4), PhoneKeys::Digit(5), PhoneKeys::Digit(6), PhoneKeys::Digit(7), PhoneKeys::Digit(8),
+        PhoneKeys::Digit(9), PhoneKeys::Star,     PhoneKeys::Digit(0), PhoneKeys::Hash,     PhoneKeys::VolUp,
+        PhoneKeys::VolDown,  PhoneKeys::Cam,
     };
     for (std::size_t i = 1; i < tabOrder.size(); ++i)
         setTabOrder(CMD(tabOrder.at(i - 1)), CMD(tabOrder.at(i)));
@@ -162,7 +144,8 @@ void PhoneKeypad::RenderBody(const DevicePlacement &at)
     m_bodyDrawn = true;
     m_bodySize = size();
     m_bodyPlacement = at;
-    struct CapJob {
+    struct CapJob
+    {
         QString Key;
         QPainterPath Face;
         KeyCapStyle Style;
@@ -194,16 +177,15 @@ void PhoneKeypad::RenderBody(const DevicePlacement &at)
     // with the rest of the start-up.
     auto promise = std::make_shared<std::promise<BodyArt>>();
     m_pendingBody = promise->get_future();
-    QThreadPool::globalInstance()->start(
-        [promise, caps, art = m_art, palette = palette(), size = size(), at] {
-            BodyArt result;
-            result.Body = RenderPlaced(size, at, [&](QPainter &painter) { PaintPhoneBody(painter, art, palette); });
-            for (const CapJob &cap : caps)
-                result.Caps.append({cap.Key, RenderPlaced(cap.Size, cap.Placement, [&](QPainter &painter) {
-                                        PaintKeyCap(painter, cap.Face, cap.Style, KeyCapState{}, palette, art.Unit);
-                                    })});
-            promise->set_value(std::move(result));
-        });
+    QThreadPool::globalInstance()->start([promise, caps, art = m_art, palette = palette(), size = size(), at] {
+        BodyArt result;
+        result.Body = RenderPlaced(size, at, [&](QPainter &painter) { PaintPhoneBody(painter, art, palette); });
+        for (const CapJob &cap : caps)
+            result.Caps.append({cap.Key, RenderPlaced(cap.Size, cap.Placement, [&](QPainter &painter) {
+                                    PaintKeyCap(painter, cap.Face, cap.Style, KeyCapState{}, palette, art.Unit);
+                                })});
+        promise->set_value(std::move(result));
+    });
 }
 
 void PhoneKeypad::paintEvent(QPaintEvent *)

@@ -17,7 +17,8 @@ class PhoneKeyButton;
 
 // The display of the phone: shows the profile's picture shrunk to fit (never
 // enlarged) and centred; the dark glass around it belongs to the body.
-class PhoneScreen : public QWidget {
+class PhoneScreen : public QWidget
+{
     Q_OBJECT
 
 public:
@@ -40,7 +41,8 @@ private:
 };
 
 // The picture of the phone with its 22 key buttons, indexed by PhoneKey.
-class PhoneKeypad : public QWidget {
+class PhoneKeypad : public QWidget
+{
     Q_OBJECT
 
 public:
@@ -82,13 +84,14 @@ private:
     // device, unless that drawing is under way or done.
     void RenderBody(const DevicePlacement &at);
 
-    std::array<PhoneKeyButton *, PhoneKeys::Count> m_buttons {};
+    std::array<PhoneKeyButton *, PhoneKeys::Count> m_buttons{};
     PhoneScreen *m_screen = nullptr;
     PhoneBodyArt m_art;
     int m_activeButton = -1;
     // The body as drawn last, and what it was drawn for; the drawing under way
     // also brings the caps at rest, named by CapKey, for the pixmap cache.
-    struct BodyArt {
+    struct BodyArt
+    {
         QImage Body;
         QList<std::pair<QString, QImage>> Caps;
     };

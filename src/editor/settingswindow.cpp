@@ -97,9 +97,8 @@ QList<std::pair<QString, QString>> SettingsWindow::LanguageFiles()
             files.append({name, dir.absoluteFilePath(file)});
         }
     }
-    std::sort(files.begin(), files.end(), [](const auto &a, const auto &b) {
-        return a.first.compare(b.first, Qt::CaseInsensitive) < 0;
-    });
+    std::sort(files.begin(), files.end(),
+              [](const auto &a, const auto &b) { return a.first.compare(b.first, Qt::CaseInsensitive) < 0; });
     return files;
 }
 

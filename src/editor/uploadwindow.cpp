@@ -26,13 +26,10 @@ constexpr int StatusWidthInChars = 58;
 
 } // namespace
 
-UploadWindow::UploadWindow(UploadRequest request, std::function<QString()> writeProfileCopy,
-                           EditorDialogs &dialogs, QWidget *parent, UploadJobMaker makeJob)
-    : QDialog(parent)
-    , m_dialogs(dialogs)
-    , m_request(std::move(request))
-    , m_writeProfileCopy(std::move(writeProfileCopy))
-    , m_makeJob(std::move(makeJob))
+UploadWindow::UploadWindow(UploadRequest request, std::function<QString()> writeProfileCopy, EditorDialogs &dialogs,
+                           QWidget *parent, UploadJobMaker makeJob)
+    : QDialog(parent), m_dialogs(dialogs), m_request(std::move(request)),
+      m_writeProfileCopy(std::move(writeProfileCopy)), m_makeJob(std::move(makeJob))
 {
     setModal(true);
     setWindowTitle(LanguageText(PhoneText::UploadCaption));

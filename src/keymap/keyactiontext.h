@@ -11,9 +11,9 @@ struct KeyAction;
 // language file's "MainWindow" section.
 struct KeyActionTexts
 {
-    QString FrameText;                        // caption of the key frame
-    std::array<QString, 10> MouseToolTips;    // per mouse action
-    QString NotUsedText;                      // a key without action
+    QString FrameText; // caption of the key frame
+    std::array<QString, 10> MouseToolTips; // per mouse action
+    QString NotUsedText; // a key without action
     QString LabelCtrl, LabelShift, LabelAlt, LabelWin; // modifier row labels
 
     static KeyActionTexts Load();

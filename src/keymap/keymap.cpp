@@ -8,9 +8,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr std::array<int, PhoneKeys::WithPhoneDefault> PhoneDefaults = {
-    MouseActions::ButtonLeft, MouseActions::ButtonRight, MouseActions::ButtonLeft,
-    MouseActions::MoveLeft,   MouseActions::MoveUp,      MouseActions::MoveRight,
-    MouseActions::MoveDown,
+    MouseActions::ButtonLeft, MouseActions::ButtonRight, MouseActions::ButtonLeft, MouseActions::MoveLeft,
+    MouseActions::MoveUp,     MouseActions::MoveRight,   MouseActions::MoveDown,
 };
 
 constexpr int ModifierBitCount = 8;
@@ -92,9 +91,7 @@ ModifierFlags ModifierToFlags(int &value)
     if (value < 0 || value > 256)
         value = 0;
     const QString bits = ModifierToBits(value);
-    const auto flag = [&bits](int position) -> std::int16_t {
-        return bits[position - 1] == u'1' ? 1 : 0;
-    };
+    const auto flag = [&bits](int position) -> std::int16_t { return bits[position - 1] == u'1' ? 1 : 0; };
     ModifierFlags flags;
     flags.RightWin = flag(1);
     flags.RightAlt = flag(2);
@@ -110,8 +107,8 @@ ModifierFlags ModifierToFlags(int &value)
 int FlagsToModifier(const ModifierFlags &flags)
 {
     QString digits;
-    for (const std::int16_t f : {flags.RightWin, flags.RightAlt, flags.RightShift, flags.RightCtrl,
-                                 flags.LeftWin, flags.LeftAlt, flags.LeftShift, flags.LeftCtrl})
+    for (const std::int16_t f : {flags.RightWin, flags.RightAlt, flags.RightShift, flags.RightCtrl, flags.LeftWin,
+                                 flags.LeftAlt, flags.LeftShift, flags.LeftCtrl})
         digits += QString::number(f);
     return BitsToModifier(digits);
 }

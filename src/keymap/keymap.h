@@ -104,8 +104,8 @@ struct KeyAction
 {
     bool IsMouse = false;
     std::int32_t MouseAction = 0; // 0..9, see MouseActions; only when IsMouse
-    std::int16_t Modifiers = 0;   // HID modifier byte 0..255; only when !IsMouse
-    std::int16_t KeyCode = 0;     // Windows virtual-key code of the main key, 0 = none
+    std::int16_t Modifiers = 0; // HID modifier byte 0..255; only when !IsMouse
+    std::int16_t KeyCode = 0; // Windows virtual-key code of the main key, 0 = none
     QString Comment;
 
     bool IsNoAction() const { return !IsMouse && Modifiers == 0 && KeyCode == 0; }
@@ -117,10 +117,7 @@ class Keymap
 {
 public:
     KeyAction &operator[](PhoneKey key) { return m_actions.at(static_cast<std::size_t>(key)); }
-    const KeyAction &operator[](PhoneKey key) const
-    {
-        return m_actions.at(static_cast<std::size_t>(key));
-    }
+    const KeyAction &operator[](PhoneKey key) const { return m_actions.at(static_cast<std::size_t>(key)); }
 
     // Every key without action, the first seven included.
     void Clear();

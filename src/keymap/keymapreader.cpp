@@ -15,8 +15,8 @@
 
 #include <cerrno>
 #include <cmath>
-#include <optional>
 #include <limits>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -72,8 +72,7 @@ QString CommentOf(QStringView line)
 // (E or D), or &H / &O notation; blanks around it are allowed.
 std::optional<double> NumericValue(QStringView text)
 {
-    static const QRegularExpression decimal(
-        u"^[ \\t]*[+-]?(\\d+\\.?\\d*|\\.\\d+)([eEdD][+-]?\\d+)?[ \\t]*$"_s);
+    static const QRegularExpression decimal(u"^[ \\t]*[+-]?(\\d+\\.?\\d*|\\.\\d+)([eEdD][+-]?\\d+)?[ \\t]*$"_s);
     static const QRegularExpression based(u"^[ \\t]*&([hH][0-9a-fA-F]+|[oO][0-7]+)[ \\t]*$"_s);
     if (decimal.match(text).hasMatch()) {
         QString normal = text.trimmed().toString();
@@ -289,14 +288,11 @@ QByteArray KeymapErrorReportText(const QString &summary, const QDateTime &now)
     const QLocale locale = QLocale::system();
     // The regional time format, without a time zone.
     const QString timeFormat = locale.timeFormat(QLocale::LongFormat).remove(u't').trimmed();
-    const QString text = "LastReadError.txt von Padmapper"_L1 + LineEnd + LineEnd
-                         + "Programmversion:   "_L1
-                         + QString::number(PADMAPPER_VERSION_MAJOR) + u'.'
-                         + QString::number(PADMAPPER_VERSION_MINOR) + u'.'
-                         + QString::number(PADMAPPER_VERSION_PATCH) + LineEnd
-                         + "Zeitpunkt:         "_L1 + locale.toString(now.time(), timeFormat) + "   "_L1
-                         + locale.toString(now.date(), QLocale::ShortFormat) + LineEnd + LineEnd
-                         + summary + LineEnd;
+    const QString text = "LastReadError.txt von Padmapper"_L1 + LineEnd + LineEnd + "Programmversion:   "_L1
+                         + QString::number(PADMAPPER_VERSION_MAJOR) + u'.' + QString::number(PADMAPPER_VERSION_MINOR)
+                         + u'.' + QString::number(PADMAPPER_VERSION_PATCH) + LineEnd + "Zeitpunkt:         "_L1
+                         + locale.toString(now.time(), timeFormat) + "   "_L1
+                         + locale.toString(now.date(), QLocale::ShortFormat) + LineEnd + LineEnd + summary + LineEnd;
     return ToAnsi(text);
 }
 

@@ -35,8 +35,7 @@ inline constexpr qint64 LargestKeymapSize = 256 * 1024 * 1024;
 // true when anything was wrong; the details go to *errors when given. With text,
 // an internal error that *errors already holds (met while fetching the text) is
 // kept and reported with the rest.
-bool ReadKeymapText(Keymap &keymap, const QString &source, bool isText,
-                    KeymapReadErrors *errors = nullptr);
+bool ReadKeymapText(Keymap &keymap, const QString &source, bool isText, KeymapReadErrors *errors = nullptr);
 
 // The whole text of a keymap file, or nothing with the internal error set in
 // errors: a missing file, one that cannot be read, or one beyond

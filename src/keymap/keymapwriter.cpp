@@ -14,8 +14,8 @@ constexpr auto RootOpen = "<SONY_ERICSSON_REMOTE_CONTROL_CONFIGURATION VERSION=\
 constexpr auto RootClose = "</SONY_ERICSSON_REMOTE_CONTROL_CONFIGURATION>"_L1;
 
 constexpr std::array<QLatin1StringView, MouseActions::Count> MouseWords = {
-    "Left"_L1,  "Right"_L1,     "Left"_L1, "UpLeft"_L1, "Up"_L1,
-    "UpRight"_L1, "Right"_L1, "DownRight"_L1, "Down"_L1, "DownLeft"_L1,
+    "Left"_L1,    "Right"_L1, "Left"_L1,      "UpLeft"_L1, "Up"_L1,
+    "UpRight"_L1, "Right"_L1, "DownRight"_L1, "Down"_L1,   "DownLeft"_L1,
 };
 
 bool IsWritten(PhoneKey key, const KeyAction &action)

@@ -22,12 +22,11 @@ struct KeyEntry
 // Single keys with a fixed name. The period shares usage 54 with the comma and
 // "<" carries 64: that is how the phone firmware's tables have them.
 constexpr std::array<KeyEntry, 23> FixedKeys = {{
-    {48, 39, u"0"},      {89, 29, u"Y"},       {90, 28, u"Z"},       {96, 98, u"Num 0"},
-    {12, 93, u"?"},      {106, 85, u"Num *"},  {109, 86, u"Num -"},  {107, 87, u"Num +"},
-    {110, 99, u"Num ,"}, {111, 84, u"Num /"},  {144, 83, u"NumLock"}, {186, 47, u"\u00DC"},
-    {187, 48, u"+"},     {188, 54, u","},      {189, 56, u"-"},      {190, 54, u"."},
-    {191, 50, u"#"},     {192, 51, u"\u00D6"}, {219, 45, u"\u00DF"}, {220, 53, u"^"},
-    {221, 46, u"\u00B4"}, {222, 52, u"\u00C4"}, {226, 64, u"<"},
+    {48, 39, u"0"},        {89, 29, u"Y"},       {90, 28, u"Z"},       {96, 98, u"Num 0"},   {12, 93, u"?"},
+    {106, 85, u"Num *"},   {109, 86, u"Num -"},  {107, 87, u"Num +"},  {110, 99, u"Num ,"},  {111, 84, u"Num /"},
+    {144, 83, u"NumLock"}, {186, 47, u"\u00DC"}, {187, 48, u"+"},      {188, 54, u","},      {189, 56, u"-"},
+    {190, 54, u"."},       {191, 50, u"#"},      {192, 51, u"\u00D6"}, {219, 45, u"\u00DF"}, {220, 53, u"^"},
+    {221, 46, u"\u00B4"},  {222, 52, u"\u00C4"}, {226, 64, u"<"},
 }};
 
 constexpr std::array<SpecialKey, SpecialKeyCount> SpecialKeys = {{

@@ -168,8 +168,7 @@ void cPacket::Decode(QByteArrayView packet)
             continue;
         }
         const bool prefixed = id == ObexHeaderId::Name || id == ObexHeaderId::Type || id == ObexHeaderId::Target
-                              || id == ObexHeaderId::Body || id == ObexHeaderId::EndOfBody
-                              || id == ObexHeaderId::Who;
+                              || id == ObexHeaderId::Body || id == ObexHeaderId::EndOfBody || id == ObexHeaderId::Who;
         if (!prefixed) {
             m_unknownData = rest.toByteArray();
             return;

@@ -15,7 +15,7 @@ namespace {
 constexpr quint8 SetPathNoCreate = 0x02;
 constexpr QStringView FolderListingType = u"x-obex/folder-listing";
 constexpr std::array<quint8, 16> FolderBrowsingUuid = {0xF9, 0xEC, 0x7B, 0xC4, 0x95, 0x3C, 0x11, 0xD2,
-                                                        0x98, 0x4E, 0x52, 0x54, 0x00, 0xDC, 0x9E, 0x09};
+                                                       0x98, 0x4E, 0x52, 0x54, 0x00, 0xDC, 0x9E, 0x09};
 
 } // namespace
 
@@ -25,13 +25,11 @@ qsizetype FirstPieceLimit(const QString &name)
 }
 
 cOBEXObject::cOBEXObject(SerialLink &link, QObject *parent)
-    : QObject(parent)
-    , m_link(link)
-    , m_clock([] {
-        return qint64(std::chrono::duration_cast<std::chrono::milliseconds>(
-                          std::chrono::steady_clock::now().time_since_epoch())
-                          .count());
-    })
+    : QObject(parent), m_link(link), m_clock([] {
+          return qint64(std::chrono::duration_cast<std::chrono::milliseconds>(
+                            std::chrono::steady_clock::now().time_since_epoch())
+                            .count());
+      })
 {
 }
 
@@ -127,8 +125,7 @@ QByteArray cOBEXObject::ObexGet(const QString &name)
 
 bool cOBEXObject::ObexDelete(const QString &name)
 {
-    return Request(ObexPacket(ObexOpcode::PutFinal, ConnectionIdHeader() + NameHeader(name)))
-           == ObexResponse::Success;
+    return Request(ObexPacket(ObexOpcode::PutFinal, ConnectionIdHeader() + NameHeader(name))) == ObexResponse::Success;
 }
 
 void cOBEXObject::StartTimer()

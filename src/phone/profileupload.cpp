@@ -86,9 +86,7 @@ QString UploadErrorText(UploadError error, const SerialPort &port, const PortHol
 }
 
 ProfileUpload::ProfileUpload(UploadRequest request, QObject *parent)
-    : QObject(parent)
-    , m_request(std::move(request))
-    , m_session(m_link)
+    : QObject(parent), m_request(std::move(request)), m_session(m_link)
 {
     // The session reports from the thread that runs the upload.
     connect(

@@ -42,12 +42,11 @@ constexpr qint64 PortReadBufferBytes = 64 * 1024;
 
 // Final result lines that end an answer; a "*" at the end matches any tail.
 constexpr std::array<QLatin1StringView, 9> FinalResultPatterns = {
-    "OK"_L1, "ERROR"_L1, "BUSY"_L1, "CONNECT"_L1, "NO DIALTONE"_L1, "NO CARRIER"_L1, "RING"_L1,
-    "+CME ERROR:*"_L1, "+CMS ERROR:*"_L1,
+    "OK"_L1,         "ERROR"_L1, "BUSY"_L1,         "CONNECT"_L1,      "NO DIALTONE"_L1,
+    "NO CARRIER"_L1, "RING"_L1,  "+CME ERROR:*"_L1, "+CMS ERROR:*"_L1,
 };
 constexpr std::array<QLatin1StringView, 4> SuccessCodes = {"OK"_L1, "CONNECT"_L1, "RING"_L1, ">"_L1};
-constexpr std::array<QLatin1StringView, 4> FailureCodes = {"NO CARRIER"_L1, "ERROR"_L1, "BUSY"_L1,
-                                                           "NO DIALTONE"_L1};
+constexpr std::array<QLatin1StringView, 4> FailureCodes = {"NO CARRIER"_L1, "ERROR"_L1, "BUSY"_L1, "NO DIALTONE"_L1};
 
 // Modem texts are trimmed of blanks only, not of other white space: a line that
 // still holds a CR is not a result code.
@@ -130,10 +129,11 @@ bool FindPortHolder(dev_t device, PortHolder &holder)
         if (!descriptors)
             continue; // another user's process, or one that just ended
         while (const dirent *descriptor = ::readdir(descriptors)) {
-            struct stat target {};
+            struct stat target
+            {};
             const QByteArray link = fdFolder + descriptor->d_name;
-            if (descriptor->d_name[0] != '.' && ::stat(link.constData(), &target) == 0
-                && S_ISCHR(target.st_mode) && target.st_rdev == device) {
+            if (descriptor->d_name[0] != '.' && ::stat(link.constData(), &target) == 0 && S_ISCHR(target.st_mode)
+                && target.st_rdev == device) {
                 found = true;
                 break;
             }
@@ -158,7 +158,8 @@ bool FindPortHolder(dev_t device, PortHolder &holder)
 PortOpenError ExplainRefusedPort(const QString &portName, PortHolder &holder)
 {
     const QByteArray path = DevicePath(portName);
-    struct stat device {};
+    struct stat device
+    {};
     if (::stat(path.constData(), &device) != 0 || !S_ISCHR(device.st_mode))
         return PortOpenError::InUse;
     if (FindPortHolder(device.st_rdev, holder))
@@ -207,8 +208,7 @@ AtResponse ParseAtResponse(const QString &answer)
 
 SerialLink::SerialLink() = default;
 
-SerialLink::SerialLink(QIODevice *device)
-    : m_device(device)
+SerialLink::SerialLink(QIODevice *device) : m_device(device)
 {
 }
 

@@ -6,8 +6,7 @@
 using namespace Qt::StringLiterals;
 
 SerialUploadJob::SerialUploadJob(UploadRequest request, QObject *parent)
-    : UploadJob(parent)
-    , m_upload(std::move(request))
+    : UploadJob(parent), m_upload(std::move(request))
 {
     // The upload reports from its worker; this job's own thread takes it.
     connect(&m_upload, &ProfileUpload::StatusChanged, this, &UploadJob::StatusChanged, Qt::QueuedConnection);

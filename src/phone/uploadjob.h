@@ -64,7 +64,7 @@ public:
     // As much of Abort() as a signal handler may do: async-signal-safe, any
     // thread. The signal guard calls it from its handler, and Abort() once the
     // event loop runs again. By default it does nothing.
-    virtual void AbortFromSignalHandler() { }
+    virtual void AbortFromSignalHandler() {}
     // After Finished(Failed): the one message for the user, in the active
     // language; "" otherwise.
     [[nodiscard]] virtual QString ErrorText() const = 0;

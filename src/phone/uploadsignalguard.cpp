@@ -36,7 +36,8 @@ static_assert(std::atomic<UploadJob *>::is_always_lock_free && std::atomic<int>:
 std::atomic<int> g_wakeUpWrite{-1};
 std::array<struct sigaction, WatchedSignals.size()> g_previous{};
 std::array<bool, WatchedSignals.size()> g_watched{};
-struct sigaction g_previousAlarm {};
+struct sigaction g_previousAlarm
+{};
 #else
 std::array<void (*)(int), WatchedSignals.size()> g_previous{};
 #endif
@@ -77,9 +78,7 @@ extern "C" void EndAnyway(int)
 
 } // namespace
 
-UploadSignalGuard::UploadSignalGuard(UploadJob &job, void (*cleanUp)(), QObject *parent)
-    : QObject(parent)
-    , m_job(job)
+UploadSignalGuard::UploadSignalGuard(UploadJob &job, void (*cleanUp)(), QObject *parent) : QObject(parent), m_job(job)
 {
     g_received.store(0);
     g_cleanUp.store(cleanUp);
@@ -92,7 +91,8 @@ UploadSignalGuard::UploadSignalGuard(UploadJob &job, void (*cleanUp)(), QObject 
         m_notifier = std::make_unique<QSocketNotifier>(m_wakeUpRead, QSocketNotifier::Read);
         connect(m_notifier.get(), &QSocketNotifier::activated, this, &UploadSignalGuard::TakeWakeUp);
     }
-    struct sigaction handler {};
+    struct sigaction handler
+    {};
     handler.sa_handler = AbortUpload;
     sigemptyset(&handler.sa_mask);
     // One handler at a time: a signal during another's handler waits for it.
@@ -149,8 +149,7 @@ void UploadSignalGuard::TakeWakeUp()
 {
 #ifdef Q_OS_UNIX
     char wakeUps[16];
-    while (::read(m_wakeUpRead, wakeUps, sizeof wakeUps) > 0) {
-    }
+    while (::read(m_wakeUpRead, wakeUps, sizeof wakeUps) > 0) {}
 #endif
     // What the handler could not do, such as asking another process to stop.
     m_job.Abort();
@@ -160,7 +159,8 @@ void UploadSignalGuard::TakeWakeUp()
 void UploadSignalGuard::EndAsSignalled(int signalNumber)
 {
 #ifdef Q_OS_UNIX
-    struct sigaction usual {};
+    struct sigaction usual
+    {};
     usual.sa_handler = SIG_DFL;
     sigemptyset(&usual.sa_mask);
     ::sigaction(signalNumber, &usual, nullptr);

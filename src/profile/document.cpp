@@ -66,8 +66,8 @@ void Document::SetCurrentFile(const QString &path)
 bool Document::ReadKeymap(const QString &source, bool isText, KeymapReadErrors fetched)
 {
     const auto report = [this](const KeymapReadErrors &errors) {
-        emit MessageRaised(
-            DocumentMessage{ReportKeymapErrors(errors), KeymapReadErrorTitle(), DocumentMessage::Icon::Critical});
+        emit MessageRaised(DocumentMessage{ReportKeymapErrors(errors), KeymapReadErrorTitle(),
+                                           DocumentMessage::Icon::Critical});
     };
     std::optional<QString> text = source;
     if (!isText) {

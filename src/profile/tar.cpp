@@ -51,9 +51,7 @@ qint64 LocalClockSeconds()
 QByteArray Header(const QByteArray &name, qint64 dataLength)
 {
     QByteArray header(BlockSize, '\0');
-    auto put = [&header](int offset, const QByteArray &bytes) {
-        header.replace(offset, bytes.size(), bytes);
-    };
+    auto put = [&header](int offset, const QByteArray &bytes) { header.replace(offset, bytes.size(), bytes); };
     put(Field::NameOffset, name.left(Field::NameLength));
     put(Field::ModeOffset, QByteArray("000644 "));
     put(Field::SizeOffset, OctalField(dataLength, 11));

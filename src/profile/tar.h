@@ -13,9 +13,9 @@
 // One entry of a listed archive.
 struct TarEntry
 {
-    QString Name;            // the name field with every NUL removed
-    std::int32_t Size = 0;   // the size field read as octal
-    qint64 DataOffset = 0;   // where the entry's data starts in the file
+    QString Name; // the name field with every NUL removed
+    std::int32_t Size = 0; // the size field read as octal
+    qint64 DataOffset = 0; // where the entry's data starts in the file
 };
 
 // One file to add when writing an archive: the bytes of SourcePath, or the

@@ -143,8 +143,7 @@ QString NewTempFile(const QString &prefix)
         const quint32 number = (start + i) % NameNumbers + 1;
         const QString path = folder.filePath(prefix + QString::number(number, 16).toUpper() + ".tmp"_L1);
         QFile file(path);
-        if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly,
-                      QFileDevice::ReadOwner | QFileDevice::WriteOwner)) {
+        if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly, QFileDevice::ReadOwner | QFileDevice::WriteOwner)) {
             file.close();
             list.paths << path;
             RegisterForSignals(path);
@@ -185,10 +184,9 @@ void DeleteStaleTempFiles()
     const QString system = QDir::tempPath();
     if (system.isEmpty())
         return;
-    const QFileInfoList folders = QDir(system)
-                                      .entryInfoList({FolderPrefix + u'*'},
-                                                     QDir::Dirs | QDir::NoSymLinks | QDir::NoDotAndDotDot
-                                                         | QDir::Hidden | QDir::CaseSensitive);
+    const QFileInfoList folders = QDir(system).entryInfoList({FolderPrefix + u'*'},
+                                                             QDir::Dirs | QDir::NoSymLinks | QDir::NoDotAndDotDot
+                                                                 | QDir::Hidden | QDir::CaseSensitive);
     for (const QFileInfo &folder : folders) {
 #ifdef Q_OS_UNIX
         if (folder.ownerId() != ::geteuid())

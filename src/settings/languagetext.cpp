@@ -87,8 +87,7 @@ QString LanguageText(const UiText &text)
     return LanguageText(text.Section.toString(), text.Key.toString(), text.English.toString());
 }
 
-QString FillPlaceholders(QStringView text,
-                         std::initializer_list<std::pair<QLatin1StringView, QString>> values)
+QString FillPlaceholders(QStringView text, std::initializer_list<std::pair<QLatin1StringView, QString>> values)
 {
     QString filled;
     filled.reserve(text.size());

@@ -62,5 +62,4 @@ consteval std::array<UiText, N> UiTextTable(const UiTextRow<Id> (&rows)[N])
 // pass from the left: a value put in is never searched again, so a name that
 // holds "%b" stays as it is. Where one placeholder begins another ("COM%p" and
 // "%p"), the one listed first wins.
-QString FillPlaceholders(QStringView text,
-                         std::initializer_list<std::pair<QLatin1StringView, QString>> values);
+QString FillPlaceholders(QStringView text, std::initializer_list<std::pair<QLatin1StringView, QString>> values);

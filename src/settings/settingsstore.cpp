@@ -43,8 +43,7 @@ SettingsStore::SettingsStore()
     m_user = std::make_unique<QSettings>(QString(UserKey), QSettings::NativeFormat);
     m_machine = std::make_unique<QSettings>(QString(MachineKey), QSettings::NativeFormat);
 #else
-    m_user = std::make_unique<QSettings>(QSettings::IniFormat, QSettings::UserScope, u"Padmapper"_s,
-                                         u"Padmapper"_s);
+    m_user = std::make_unique<QSettings>(QSettings::IniFormat, QSettings::UserScope, u"Padmapper"_s, u"Padmapper"_s);
 #endif
 }
 
@@ -99,8 +98,9 @@ Settings SettingsStore::Read() const
 
 void SettingsStore::WriteOnExit(const Settings &settings)
 {
-    for (const auto &[name, value] : {std::pair{u"HidPath"_s, settings.HidPath}, std::pair{u"KcfPath"_s, settings.KcfPath},
-                                      std::pair{u"PicPath"_s, settings.PicPath}}) {
+    for (const auto &[name, value] :
+         {std::pair{u"HidPath"_s, settings.HidPath}, std::pair{u"KcfPath"_s, settings.KcfPath},
+          std::pair{u"PicPath"_s, settings.PicPath}}) {
         if (!value.isEmpty())
             m_user->setValue(name, value);
     }

@@ -15,11 +15,11 @@ class QSettings;
 // window that owns each value.
 struct Settings
 {
-    QString HidPath;  // folder last used for a profile, "" = none
-    QString KcfPath;  // folder last used for a keymap
-    QString PicPath;  // folder last used for a picture
+    QString HidPath; // folder last used for a profile, "" = none
+    QString KcfPath; // folder last used for a keymap
+    QString PicPath; // folder last used for a picture
     QString Language; // full path of the language file, "" = built-in English
-    int Left = 0;     // main window's left edge in pixels; 0 or less = designed position
+    int Left = 0; // main window's left edge in pixels; 0 or less = designed position
     int Top = 0;
     int Speed = DefaultSpeed; // serial speed in bit/s
     // Stored as COMPort (its number, in 16 bits) on Windows, elsewhere as
@@ -37,10 +37,7 @@ struct Settings
     // A port to send to is configured.
     bool HasPort() const { return Port.IsSet(); }
     // The chosen way to the phone is configured: the port, or the phone.
-    bool HasConnection() const
-    {
-        return Connection == PhoneConnection::Bluetooth ? Phone.IsSet() : HasPort();
-    }
+    bool HasConnection() const { return Connection == PhoneConnection::Bluetooth ? Phone.IsSet() : HasPort(); }
 };
 
 // The speed actually used: values below 1 or above 921600 give 115200.

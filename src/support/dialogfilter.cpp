@@ -58,8 +58,8 @@ QString CompleteSaveName(const QString &name, const QString &pattern)
     for (const QString &p : patterns) {
         // The pattern as written against the lower-cased name, so an upper-case
         // pattern never matches.
-        const QRegularExpression wildcard(QRegularExpression::wildcardToRegularExpression(
-            p, QRegularExpression::UnanchoredWildcardConversion));
+        const QRegularExpression wildcard(
+            QRegularExpression::wildcardToRegularExpression(p, QRegularExpression::UnanchoredWildcardConversion));
         const QRegularExpression anchored(u"\\A(?:"_s + wildcard.pattern() + u")\\z"_s);
         if (anchored.match(lower).hasMatch())
             return name;

@@ -50,8 +50,7 @@ IniFile IniFile::FromBytes(QByteArrayView bytes)
         while (lineEnd < text.size() && text[lineEnd] != u'\r' && text[lineEnd] != u'\n')
             ++lineEnd;
         const QStringView line = TrimBlanks(QStringView(text).sliced(lineStart, lineEnd - lineStart));
-        if (lineEnd < text.size() && text[lineEnd] == u'\r' && lineEnd + 1 < text.size()
-            && text[lineEnd + 1] == u'\n')
+        if (lineEnd < text.size() && text[lineEnd] == u'\r' && lineEnd + 1 < text.size() && text[lineEnd + 1] == u'\n')
             ++lineEnd;
         lineStart = lineEnd + 1;
 
@@ -66,8 +65,7 @@ IniFile IniFile::FromBytes(QByteArrayView bytes)
         if (current == nullptr || equals < 0)
             continue;
         QStringView value = TrimBlanks(line.sliced(equals + 1));
-        if (value.size() >= 2 && (value.front() == u'"' || value.front() == u'\'')
-            && value.back() == value.front())
+        if (value.size() >= 2 && (value.front() == u'"' || value.front() == u'\'') && value.back() == value.front())
             value = value.sliced(1, value.size() - 2);
         current->entries.append(Entry{TrimBlanks(line.first(equals)).toString(), value.toString()});
     }

@@ -177,20 +177,20 @@ QString AbsoluteFilePath(const QString &path)
 
 bool PathExists(const QString &path)
 {
-    struct stat status {};
+    struct stat status = {};
     return ::stat(EncodeFileName(path).constData(), &status) == 0;
 }
 
 bool IsRegularFile(const QString &path)
 {
-    struct stat status {};
+    struct stat status = {};
     return ::stat(EncodeFileName(path).constData(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
 bool OpenForReading(QFile &file, const QString &path, FileError *error)
 {
     const QByteArray native = EncodeFileName(path);
-    struct stat status {};
+    struct stat status = {};
     if (::stat(native.constData(), &status) != 0) {
         Report(error, MakeError(ProblemOf(errno, false), path, errno));
         return false;
@@ -242,7 +242,7 @@ bool WholeFileWriter::Open()
     m_error = FileError();
     m_written = 0;
     m_target = EncodeFileName(m_path);
-    struct stat status {};
+    struct stat status = {};
     // A link is followed, so that it keeps pointing at the new file.
     if (::lstat(m_target.constData(), &status) == 0 && S_ISLNK(status.st_mode)) {
         if (char *resolved = ::realpath(m_target.constData(), nullptr)) {
@@ -300,7 +300,7 @@ bool WholeFileWriter::Commit()
         return false;
     // A file system that took the bytes without storing them all (or that
     // reports a full disk only now) must not put a cut file in place.
-    struct stat status {};
+    struct stat status = {};
     if (::fstat(m_handle, &status) != 0 || status.st_size != m_written)
         return Fail(FileProblem::DiskFull);
     if (::fsync(m_handle) != 0 && errno != EINVAL && errno != EROFS)
@@ -341,7 +341,7 @@ bool MakeFolders(const QString &folder, FileError *error)
         Report(error, MakeError(ProblemOf(errno, true), folder, errno));
         return false;
     }
-    struct stat status {};
+    struct stat status = {};
     if (!native.isEmpty() && (::stat(native.constData(), &status) != 0 || !S_ISDIR(status.st_mode))) {
         Report(error, MakeError(FileProblem::FolderMissing, folder));
         return false;
@@ -357,7 +357,7 @@ bool RemoveFile(const QString &path)
 FileError FolderWriteProblem(const QString &folder)
 {
     const QByteArray native = EncodeFileName(folder);
-    struct stat status {};
+    struct stat status = {};
     if (::stat(native.constData(), &status) != 0)
         return MakeError(ProblemOf(errno, true), folder, errno);
     if (!S_ISDIR(status.st_mode))
@@ -408,7 +408,7 @@ bool OpenForReading(QFile &file, const QString &path, FileError *error)
     file.setFileName(path);
     if (!file.open(QIODevice::ReadOnly)) {
         Report(error, MakeError(file.error() == QFileDevice::PermissionsError ? FileProblem::NoPermission
-                                                                             : FileProblem::Other,
+                                                                              : FileProblem::Other,
                                 path, EIO));
         return false;
     }

@@ -198,8 +198,8 @@ private slots:
             QCOMPARE(ReceivedFiles(), QStringList{u"Game.hid"_s});
             QCOMPARE(ReadAll(QDir(qEnvironmentVariable("OBEX_MOCK_RECEIVED")).filePath(u"Game.hid"_s)), data);
             QCOMPARE(lastSent, data.size());
-            QCOMPARE(statuses.mid(1, 2),
-                     (QStringList{u"Connecting to Test Phone ..."_s, u"Sending Game.hid - 0 of 50000 Bytes (0 KB/s) ..."_s}));
+            QCOMPARE(statuses.mid(1, 2), (QStringList{u"Connecting to Test Phone ..."_s,
+                                                      u"Sending Game.hid - 0 of 50000 Bytes (0 KB/s) ..."_s}));
             QCOMPARE(statuses.last(), u"Game.hid (48.83 KB) successfully transfered to phone !"_s);
         } else {
             QCOMPARE(ReceivedFiles(), QStringList());
@@ -244,9 +244,11 @@ private slots:
         ClearReceived();
         QTemporaryDir dir;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        QCOMPARE(RunProgram(Cli, {u"pack"_s, MakePicture(dir.filePath(u"p.png"_s), 96, 64),
-                         QFINDTESTDATA("../fixtures/keymap-writer-example.kcf"), dir.filePath(u"Game.hid"_s)},
-                           {}, environment).Status,
+        QCOMPARE(RunProgram(Cli,
+                            {u"pack"_s, MakePicture(dir.filePath(u"p.png"_s), 96, 64),
+                             QFINDTESTDATA("../fixtures/keymap-writer-example.kcf"), dir.filePath(u"Game.hid"_s)},
+                            {}, environment)
+                     .Status,
                  0);
         // The other bus has neither the phone list nor obexd.
         if (!missing.isEmpty())

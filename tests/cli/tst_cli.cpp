@@ -33,8 +33,8 @@ private slots:
         const ProgramRun run = RunCli({u"show"_s, m_withErrors});
         QCOMPARE(run.Status, 1);
         QVERIFY2(run.Err.startsWith("By reading of the following keys raised an error:\n   KEY_LSK\t\t  -> ")
-                && run.Err.endsWith("\n   KEY_5\t\t-> Unbekannte UsageID (4)\n   \n"),
-            run.Err.constData());
+                     && run.Err.endsWith("\n   KEY_5\t\t-> Unbekannte UsageID (4)\n   \n"),
+                 run.Err.constData());
         // What was read is written all the same; the faulty keys keep what they got.
         QVERIFY(run.Out.contains("<!-- Kamera f\xFCr Fotos  -->"));
         QVERIFY(run.Out.endsWith("</SONY_ERICSSON_REMOTE_CONTROL_CONFIGURATION>\r\n"));
@@ -45,8 +45,8 @@ private slots:
         QTemporaryDir dir;
         const QString lng = dir.filePath(u"deutsch.lng"_s);
         QVERIFY(WriteFile(lng, "[Errors]\r\n12=Fehler beim Lesen:\r\n13=Interner Fehler:\r\n"));
-        QVERIFY(RunCli({u"--language"_s, lng, u"show"_s, m_withErrors})
-                    .Err.startsWith("Fehler beim Lesen:\n   KEY_LSK"));
+        QVERIFY(
+            RunCli({u"--language"_s, lng, u"show"_s, m_withErrors}).Err.startsWith("Fehler beim Lesen:\n   KEY_LSK"));
         const ProgramRun missing = RunCli({u"--language="_s + lng, u"show"_s, dir.filePath(u"none.kcf"_s)});
         QCOMPARE(std::pair(missing.Status, missing.Err),
                  std::pair(1, QByteArray("Interner Fehler:\n53 File not found\n")));
@@ -57,9 +57,8 @@ private slots:
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(u"XDG_DATA_HOME"_s, dir.filePath(u"data"_s));
         const QString written = dir.filePath(u"data/padmapper/LastReadingError.txt"_s);
-        QCOMPARE(
-            RunProgram(dir.filePath(u"bin/padmapper-cli"_s), {u"show"_s, m_withErrors}, {}, environment).Err,
-            run.Err + "The error report was written to " + written.toUtf8() + '\n');
+        QCOMPARE(RunProgram(dir.filePath(u"bin/padmapper-cli"_s), {u"show"_s, m_withErrors}, {}, environment).Err,
+                 run.Err + "The error report was written to " + written.toUtf8() + '\n');
         QVERIFY(ReadAll(written).startsWith("LastReadError.txt von Padmapper\r\n"));
     }
 
@@ -72,9 +71,9 @@ private slots:
         QCOMPARE(pack.Err, QByteArray());
         const QString profile = dir.filePath(u"Games.hid"_s);
         const QByteArray keymapText = ReadAll(m_example).chopped(2); // stored without the final line end
-        QCOMPARE(RunCli({u"list"_s, profile}).Out,
-            "1\t" + QByteArray::number(ReadAll(picture).size()) + "\tGames.png\n2\t"
-                + QByteArray::number(keymapText.size()) + "\tGames.kcf\n");
+        QCOMPARE(RunCli({u"list"_s, profile}).Out, "1\t" + QByteArray::number(ReadAll(picture).size())
+                                                       + "\tGames.png\n2\t" + QByteArray::number(keymapText.size())
+                                                       + "\tGames.kcf\n");
         QCOMPARE(RunCli({u"extract"_s, profile, u"2"_s, dir.filePath(u"out/k.kcf"_s)}).Status, 0);
         QCOMPARE(ReadAll(dir.filePath(u"out/k.kcf"_s)), keymapText);
     }
@@ -85,18 +84,15 @@ private slots:
         QTest::addColumn<int>("status");
         QTest::addColumn<QByteArray>("err"); // the start of standard error
         QTest::addColumn<QByteArray>("out"); // the start of standard output
-        const auto row
-            = [](const char *name, const QString &command, int status, const QByteArray &err,
-                  const QByteArray &out = {}) { QTest::newRow(name) << command << status << err << out; };
+        const auto row = [](const char *name, const QString &command, int status, const QByteArray &err,
+                            const QByteArray &out = {}) { QTest::newRow(name) << command << status << err << out; };
         row("list a missing archive", u"list %1/none.tar"_s, 1, "padmapper-cli: Extracting Archive failed !");
         row("extract entry 0", u"extract %1/k.tar 0 %1/x"_s, 1, "padmapper-cli: %1/k.tar has no entry 0");
-        row("extract entry past the end", u"extract %1/k.tar 2 %1/x"_s, 1,
-            "padmapper-cli: %1/k.tar has no entry 2");
+        row("extract entry past the end", u"extract %1/k.tar 2 %1/x"_s, 1, "padmapper-cli: %1/k.tar has no entry 2");
         row("extract a non-number", u"extract %1/k.tar one %1/x"_s, 2, "padmapper-cli: not an entry number");
         row("pack an undecodable picture", u"pack %1/k.tar %1/k.kcf %1/out"_s, 1,
             "padmapper-cli: No Picture is loadet !");
-        row("pack a missing picture", u"pack %1/none.png %1/k.kcf %1/out"_s, 1,
-            "padmapper-cli: no picture file");
+        row("pack a missing picture", u"pack %1/none.png %1/k.kcf %1/out"_s, 1, "padmapper-cli: no picture file");
         // Nothing is written when the keymap cannot be read, not even a profile of the defaults.
         row("pack a missing keymap", u"pack %1/p.png %1/typo.kcf %1/out"_s, 1,
             "Programinternal Error:\n53 File not found");
@@ -114,8 +110,8 @@ private slots:
             "padmapper-cli: Creating Archive failed !\n%1/none/out.hid: the folder does not exist\n");
         row("extract below a file", u"extract %1/two.hid 1 %1/p.png/x"_s, 1,
             "padmapper-cli: Creating File failed !\n%1/p.png: the folder does not exist\n");
-        row("pack with a file for the temporary folder", u"TMPDIR=%1/k.kcf pack %1/p.png %1/k.kcf %1/out"_s,
-            1, "padmapper-cli: Creating File failed !\n%1/k.kcf: the folder does not exist\n");
+        row("pack with a file for the temporary folder", u"TMPDIR=%1/k.kcf pack %1/p.png %1/k.kcf %1/out"_s, 1,
+            "padmapper-cli: Creating File failed !\n%1/k.kcf: the folder does not exist\n");
 #ifdef Q_OS_UNIX
         row("show a pipe named .hid", u"show %1/pipe.hid"_s, 1,
             "Extracting Archive failed !\n%1/pipe.hid: not a regular file\n");
@@ -123,7 +119,7 @@ private slots:
             "Programinternal Error:\n75 Path/File access error\n%1/pipe.kcf: not a regular file\n");
 #endif
         for (const char *usage : {"", "frobnicate", "show", "show a b", "--frob show a", "show a --language",
-                 "--language /no/such.lng show a"})
+                                  "--language /no/such.lng show a"})
             row(*usage ? usage : "nothing", QString::fromLatin1(usage), 2, "padmapper-cli: ");
         const QString bundled = QString::fromUtf8(PADMAPPER_DATA_FOLDER "/Desktop.kcf");
         row("show writes what it reads", u"show "_s + bundled, 0, {}, ReadAll(bundled));
@@ -139,13 +135,12 @@ private slots:
         QTemporaryDir dir;
         QVERIFY(QFile::copy(m_example, dir.filePath(u"k.kcf"_s)));
         const QString picture = MakePicture(dir.filePath(u"p.png"_s), 8, 8);
-        QCOMPARE(
-            RunCli({u"pack"_s, picture, dir.filePath(u"k.kcf"_s), dir.filePath(u"two.hid"_s)}).Status, 0);
+        QCOMPARE(RunCli({u"pack"_s, picture, dir.filePath(u"k.kcf"_s), dir.filePath(u"two.hid"_s)}).Status, 0);
         // k.tar: a tar with only the keymap.
         QCOMPARE(RunProgram(u"tar"_s, {u"-cf"_s, u"k.tar"_s, u"k.kcf"_s}, dir.path()).Status, 0);
         QVERIFY(WriteFile(dir.filePath(u"empty.hid"_s), QByteArray(1024, '\0')));
         QVERIFY(WriteFile(dir.filePath(u"huge.kcf"_s), {})
-            && QFile::resize(dir.filePath(u"huge.kcf"_s), (256 << 20) + 1));
+                && QFile::resize(dir.filePath(u"huge.kcf"_s), (256 << 20) + 1));
         // cut.hid: the profile without its end block and the keymap's last ten bytes.
         QVERIFY(WriteFile(dir.filePath(u"cut.hid"_s), ReadAll(dir.filePath(u"two.hid"_s)).chopped(522)));
 #ifdef Q_OS_UNIX
@@ -172,15 +167,13 @@ private slots:
         QTemporaryDir dir;
         const QString large = MakePicture(dir.filePath(u"large.bmp"_s), 200, 200);
         const QString profile = dir.filePath(u"Games.hid"_s);
-        QCOMPARE(
-            RunCli({u"pack"_s, MakePicture(dir.filePath(u"small.png"_s), 8, 8), m_example, profile}).Status,
-            0);
+        QCOMPARE(RunCli({u"pack"_s, MakePicture(dir.filePath(u"small.png"_s), 8, 8), m_example, profile}).Status, 0);
         const QByteArray before = ReadAll(profile);
         const QStringList filesBefore = QDir(dir.path()).entryList(QDir::Files | QDir::Hidden);
         // Room for the picture's temporary copy, not for the archive around it.
-        const ProgramRun run = RunProgram(u"sh"_s,
-            {u"-c"_s, u"trap '' XFSZ; exec prlimit --fsize=$0 \"$1\" pack \"$2\" \"$3\" \"$4\""_s,
-                QString::number(QFileInfo(large).size() + 512), Cli, large, m_example, profile});
+        const ProgramRun run =
+            RunProgram(u"sh"_s, {u"-c"_s, u"trap '' XFSZ; exec prlimit --fsize=$0 \"$1\" pack \"$2\" \"$3\" \"$4\""_s,
+                                 QString::number(QFileInfo(large).size() + 512), Cli, large, m_example, profile});
         QCOMPARE(run.Status, 1);
         QVERIFY(run.Err.contains("Creating Archive failed !"));
         QCOMPARE(ReadAll(profile), before);
@@ -191,13 +184,13 @@ private slots:
     {
         QTemporaryDir dir;
         // The shell spells the names in bytes; QProcess would pass them as UTF-8.
-        const QString script
-            = u"cd \"$0\" && hid=$(printf '\\377\\376.hid') && pic=$(printf '\\351.png') && "
-              "trap 'rm -f \"$hid\" \"$pic\"' EXIT && \"$1\" pack \"$2\" \"$3\" \"$hid\" && \"$1\" list "
-              "\"$hid\" >/dev/null && "
-              "\"$1\" extract \"$hid\" 1 \"$pic\" && cmp \"$pic\" \"$2\" && \"$1\" show \"$hid\""_s;
-        const ProgramRun run = RunProgram(u"sh"_s,
-            {u"-c"_s, script, dir.path(), Cli, MakePicture(dir.filePath(u"p.png"_s), 8, 8), m_example});
+        const QString script =
+            u"cd \"$0\" && hid=$(printf '\\377\\376.hid') && pic=$(printf '\\351.png') && "
+            "trap 'rm -f \"$hid\" \"$pic\"' EXIT && \"$1\" pack \"$2\" \"$3\" \"$hid\" && \"$1\" list "
+            "\"$hid\" >/dev/null && "
+            "\"$1\" extract \"$hid\" 1 \"$pic\" && cmp \"$pic\" \"$2\" && \"$1\" show \"$hid\""_s;
+        const ProgramRun run = RunProgram(u"sh"_s, {u"-c"_s, script, dir.path(), Cli,
+                                                    MakePicture(dir.filePath(u"p.png"_s), 8, 8), m_example});
         QVERIFY2(run.Status == 0, run.Err.constData());
         QCOMPARE(run.Out, ReadAll(m_example));
     }

@@ -60,10 +60,9 @@ private slots:
         QTest::addColumn<bool>("keymap"); // a keymap document after
         const auto row = [](const char *name, StartDocument start, const char *menu, const char *answer,
                             const char *asked, const char *folders, const char *written, const char *caption) {
-            QTest::newRow(name) << int(start) << QString::fromLatin1(menu)
-                                << QString::fromLatin1(answer) << QString::fromLatin1(asked)
-                                << QString::fromLatin1(folders) << QString::fromLatin1(written)
-                                << QString::fromLatin1(caption) + u" - Padmapper"_s
+            QTest::newRow(name) << int(start) << QString::fromLatin1(menu) << QString::fromLatin1(answer)
+                                << QString::fromLatin1(asked) << QString::fromLatin1(folders)
+                                << QString::fromLatin1(written) << QString::fromLatin1(caption) + u" - Padmapper"_s
                                 << (qstrcmp(caption, "k") == 0 || qstrcmp(caption, "Copy") == 0);
         };
         // Menu entries under File, and buttons.
@@ -108,8 +107,8 @@ private slots:
         if (start == ProfileP)
             QVERIFY(window.Doc().ImportPicture(out + u"/Photo.JPG"_s) && window.Doc().SaveAs(profile));
         EditComment(PhoneKeys::Up, u"edited"_s);
-        const qsizetype files
-            = QDir(out).entryList(QDir::Files).size() + (written.isEmpty() || QFile::exists(Path(written)) ? 0 : 1);
+        const qsizetype files = QDir(out).entryList(QDir::Files).size()
+                                + (written.isEmpty() || QFile::exists(Path(written)) ? 0 : 1);
         m_dialogs->NextOpen = m_dialogs->NextSave = answer.isEmpty() ? QString() : Path(answer);
         m_dialogs->NextAnswer = EditorDialogs::Answer::No;
 
@@ -212,8 +211,9 @@ private slots:
     void readmeFollowsTheLanguage()
     {
         for (const auto &[language, readme] : {std::pair(u"/usr/share/padmapper/Deutsch.lng"_s, u"Readme.txt"_s),
-                 {u"C:\\Programme\\PMX\\Russian.lng"_s, u"Readme_ru.txt"_s}, {u"swedish.lng"_s, u"Readme_sv.txt"_s},
-                 {u"/x/Klingon.lng"_s, u"Readme_en.txt"_s}})
+                                               {u"C:\\Programme\\PMX\\Russian.lng"_s, u"Readme_ru.txt"_s},
+                                               {u"swedish.lng"_s, u"Readme_sv.txt"_s},
+                                               {u"/x/Klingon.lng"_s, u"Readme_en.txt"_s}})
             QCOMPARE(ReadmeFileName(language), readme);
     }
 };

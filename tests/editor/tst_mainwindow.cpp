@@ -81,7 +81,8 @@ private slots:
             const QString name = PhoneKeyNames.at(std::size_t(key)).Name.English.toString().remove(u'&');
             QCOMPARE(window.Editor()->title(), u"Function of Button: \"%1\""_s.arg(name));
         }
-        for (const auto &[access, key] : {std::pair(Qt::Key_L, PhoneKeys::Lsk), std::pair(Qt::Key_R, PhoneKeys::Rsk)}) {
+        for (const auto &[access, key] :
+             {std::pair(Qt::Key_L, PhoneKeys::Lsk), std::pair(Qt::Key_R, PhoneKeys::Rsk)}) {
             QTest::keyClick(window.Editor()->CommentBox(), access, Qt::AltModifier);
             QCOMPARE(window.ActiveButton(), key);
         }
@@ -268,9 +269,10 @@ private slots:
     // apply to the whole window at once.
     void languageFileAppliesToTheWindow()
     {
-        QVERIFY(WriteFile(Path(u"Deutsch.lng"_s),
-                          "[MainWindow]\r\nFrame=Funktion der Taste:\r\nButton_SaveProfile=Profil speichern\r\n"
-                          "Button_Left=&Links\r\nToolTip_Mouse4=Maus hoch\r\n[CommonDialog]\r\nFile_Unnamed=Unbenannt\r\n"));
+        QVERIFY(WriteFile(
+            Path(u"Deutsch.lng"_s),
+            "[MainWindow]\r\nFrame=Funktion der Taste:\r\nButton_SaveProfile=Profil speichern\r\n"
+            "Button_Left=&Links\r\nToolTip_Mouse4=Maus hoch\r\n[CommonDialog]\r\nFile_Unnamed=Unbenannt\r\n"));
         SettingsStore(Path(u"settings.ini"_s)).WriteLanguage(Path(u"Deutsch.lng"_s));
         MainWindow &window = Start();
         QCOMPARE(window.windowTitle(), u"Unbenannt - Padmapper"_s);
@@ -280,7 +282,8 @@ private slots:
         QCOMPARE(ToolTip(PhoneKeys::Up), u" Maus hoch "_s);
         m_dialogs->OnConfigurePort = [this] { m_store->WriteLanguage(QString()); };
         window.OpenSettings();
-        QCOMPARE(std::pair(window.windowTitle(), ToolTip(PhoneKeys::Up)), std::pair(u"Unnamed - Padmapper"_s, u" - "_s));
+        QCOMPARE(std::pair(window.windowTitle(), ToolTip(PhoneKeys::Up)),
+                 std::pair(u"Unnamed - Padmapper"_s, u" - "_s));
     }
 };
 

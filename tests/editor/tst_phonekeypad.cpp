@@ -48,7 +48,8 @@ QRect PictureBounds(const QImage &rendering)
 
 } // namespace
 
-class tst_PhoneKeypad : public QObject {
+class tst_PhoneKeypad : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -83,16 +84,16 @@ private slots:
 
         // Where a phone has its keys: a before b from left to right (x) or top to
         // bottom (y); or level with it (centres at most a pixel apart).
-        const std::tuple<int, char, int> order[] = {{screen, 'y', Lsk}, {Lsk, 'x', Joy}, {Joy, 'x', Rsk},
-            {Lsk, 'y', Digit(1)}, {Rsk, 'y', Digit(3)}, {Left, 'x', Joy}, {Joy, 'x', Right}, {Up, 'y', Joy},
-            {Joy, 'y', Down}, {Down, 'y', Digit(2)}, {Left, '-', Joy}, {Right, '-', Joy}, {Up, '|', Joy},
-            {Down, '|', Joy}, {VolUp, 'y', VolDown}, {VolDown, 'y', Cam}, {Rsk, 'y', Cam}, {screen, 'x', VolUp},
-            {Rsk, 'x', Cam}, {Hash, 'x', Cam}};
+        const std::tuple<int, char, int> order[] = {
+            {screen, 'y', Lsk},  {Lsk, 'x', Joy},   {Joy, 'x', Rsk},      {Lsk, 'y', Digit(1)}, {Rsk, 'y', Digit(3)},
+            {Left, 'x', Joy},    {Joy, 'x', Right}, {Up, 'y', Joy},       {Joy, 'y', Down},     {Down, 'y', Digit(2)},
+            {Left, '-', Joy},    {Right, '-', Joy}, {Up, '|', Joy},       {Down, '|', Joy},     {VolUp, 'y', VolDown},
+            {VolDown, 'y', Cam}, {Rsk, 'y', Cam},   {screen, 'x', VolUp}, {Rsk, 'x', Cam},      {Hash, 'x', Cam}};
         for (const auto &[a, relation, b] : order) {
-            const bool holds = relation == 'x' ? at(a).right() < at(b).left()
-                : relation == 'y'              ? at(a).bottom() < at(b).top()
-                : relation == '-'              ? qAbs(at(a).center().y() - at(b).center().y()) <= 1
-                                               : qAbs(at(a).center().x() - at(b).center().x()) <= 1;
+            const bool holds = relation == 'x'   ? at(a).right() < at(b).left()
+                               : relation == 'y' ? at(a).bottom() < at(b).top()
+                               : relation == '-' ? qAbs(at(a).center().y() - at(b).center().y()) <= 1
+                                                 : qAbs(at(a).center().x() - at(b).center().x()) <= 1;
             QVERIFY2(holds, qPrintable(u"%1 %2 %3"_s.arg(a).arg(QChar::fromLatin1(relation)).arg(b)));
         }
         QVERIFY(at(VolUp).top() < at(screen).bottom()); // the volume keys beside the screen
@@ -186,9 +187,10 @@ private slots:
         keypad->CMD(Lsk)->setFocus(Qt::TabFocusReason);
         for (int step = 0; step < Count; ++step)
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-        QCOMPARE(take(focused), (QList<int>{Lsk, Up, Left, Joy, Right, Down, Rsk, Digit(1), Digit(2), Digit(3),
-                                            Digit(4), Digit(5), Digit(6), Digit(7), Digit(8), Digit(9), Star,
-                                            Digit(0), Hash, VolUp, VolDown, Cam, Lsk}));
+        QCOMPARE(take(focused),
+                 (QList<int>{Lsk,      Up,       Left,     Joy,      Right,    Down,     Rsk,      Digit(1),
+                             Digit(2), Digit(3), Digit(4), Digit(5), Digit(6), Digit(7), Digit(8), Digit(9),
+                             Star,     Digit(0), Hash,     VolUp,    VolDown,  Cam,      Lsk}));
         lost.clear();
         // From the last key to the first, each click takes the focus from the one before.
         for (int i = Count - 1; i >= 0; --i) {
@@ -259,7 +261,8 @@ private slots:
             QCOMPARE(total > 0, !tip.isNull());
             // The ink is heaviest towards the tip: within 18 degrees of it (the next way is 45 away).
             const QPointF way = weight / std::max(total, 1.0) - QPointF(32, 32);
-            const qreal cosine = QPointF::dotProduct(way, tip) / std::hypot(way.x(), way.y()) / std::hypot(tip.x(), tip.y());
+            const qreal cosine = QPointF::dotProduct(way, tip) / std::hypot(way.x(), way.y())
+                                 / std::hypot(tip.x(), tip.y());
             QVERIFY2(tip.isNull() || cosine > 0.95, qPrintable(u"%1: %2,%3"_s.arg(action).arg(way.x()).arg(way.y())));
         }
     }

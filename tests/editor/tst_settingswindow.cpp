@@ -28,10 +28,7 @@ private:
 
     QString Path(const QString &name) const { return m_dir->filePath(name); }
 
-    std::unique_ptr<SettingsWindow> Open()
-    {
-        return std::make_unique<SettingsWindow>(*m_store, *m_types);
-    }
+    std::unique_ptr<SettingsWindow> Open() { return std::make_unique<SettingsWindow>(*m_store, *m_types); }
 
 private slots:
     void init()
@@ -51,7 +48,8 @@ private slots:
         QTest::addColumn<QString>("speed");
         QTest::addColumn<QString>("storedPort");
         QTest::addColumn<int>("storedSpeed");
-        QTest::newRow("another port, typed with blanks") << u" /dev/ttyUSB1 "_s << u"921600"_s << u"/dev/ttyUSB1"_s << 921600;
+        QTest::newRow("another port, typed with blanks")
+            << u" /dev/ttyUSB1 "_s << u"921600"_s << u"/dev/ttyUSB1"_s << 921600;
         QTest::newRow("one million") << u"/dev/rfcomm0"_s << u"1000000"_s << u"/dev/rfcomm0"_s << 115200;
         QTest::newRow("zero") << u"/dev/rfcomm0"_s << u"0"_s << u"/dev/rfcomm0"_s << 115200;
         QTest::newRow("not a number") << u"/dev/rfcomm0"_s << u"abc"_s << u"/dev/rfcomm0"_s << 57600;
@@ -194,8 +192,9 @@ private slots:
             names << name;
             QVERIFY(path.endsWith(name + u".lng"_s));
         }
-        QVERIFY(std::is_sorted(names.begin(), names.end(),
-                               [](const QString &a, const QString &b) { return a.compare(b, Qt::CaseInsensitive) < 0; }));
+        QVERIFY(std::is_sorted(names.begin(), names.end(), [](const QString &a, const QString &b) {
+            return a.compare(b, Qt::CaseInsensitive) < 0;
+        }));
         for (const QString &file : QDir(QCoreApplication::applicationDirPath()).entryList({u"*.lng"_s}, QDir::Files))
             QVERIFY(names.contains(file.chopped(4)));
 

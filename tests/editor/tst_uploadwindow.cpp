@@ -29,7 +29,7 @@ enum { Succeeds = -1, Fails = -2 };
 class FakeJob : public UploadJob
 {
 public:
-    explicit FakeJob(UploadRequest request) : Request(std::move(request)) { }
+    explicit FakeJob(UploadRequest request) : Request(std::move(request)) {}
     void Start() override { Started = true; }
     void Abort() override { End(UploadResult::Aborted); }
     QString ErrorText() const override { return u"Fileupload failed !"_s; }

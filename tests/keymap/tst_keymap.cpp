@@ -70,7 +70,7 @@ private slots:
         QCOMPARE(supported, 95);
         // Exactly two hexadecimal digits; "00" is the first code without usage.
         for (const auto &[usage, code] :
-            {std::pair{u"00"_s, 2}, {u"4"_s, 0}, {u" 4"_s, 0}, {u"FF"_s, 0}, {QString(), 0}})
+             {std::pair{u"00"_s, 2}, {u"4"_s, 0}, {u" 4"_s, 0}, {u"FF"_s, 0}, {QString(), 0}})
             QCOMPARE(UsageToKeyCode(usage), code);
     }
 
@@ -82,9 +82,9 @@ private slots:
             QCOMPARE(in, value);
         }
         // The HID modifier byte, from bit 0.
-        constexpr std::int16_t ModifierFlags::*bits[] = {&ModifierFlags::LeftCtrl, &ModifierFlags::LeftShift,
-            &ModifierFlags::LeftAlt, &ModifierFlags::LeftWin, &ModifierFlags::RightCtrl,
-            &ModifierFlags::RightShift, &ModifierFlags::RightAlt, &ModifierFlags::RightWin};
+        constexpr std::int16_t ModifierFlags::*bits[] = {
+            &ModifierFlags::LeftCtrl,  &ModifierFlags::LeftShift,  &ModifierFlags::LeftAlt,  &ModifierFlags::LeftWin,
+            &ModifierFlags::RightCtrl, &ModifierFlags::RightShift, &ModifierFlags::RightAlt, &ModifierFlags::RightWin};
         for (int bit = 0; bit < 8; ++bit) {
             int value = 1 << bit;
             ModifierFlags expected;
@@ -110,7 +110,7 @@ private slots:
         const int defaults[PhoneKeys::WithPhoneDefault] = {0, 1, 0, 2, 4, 6, 8};
         for (PhoneKey key = 0; key < PhoneKeys::Count; ++key) {
             QCOMPARE(keymap[key],
-                (key < PhoneKeys::WithPhoneDefault ? KeyAction{true, defaults[key], 0, 0, {}} : KeyAction{}));
+                     (key < PhoneKeys::WithPhoneDefault ? KeyAction{true, defaults[key], 0, 0, {}} : KeyAction{}));
             QCOMPARE(KeyIndex(KeyFileName(key).toLower()), key);
         }
         QCOMPARE(KeyFileName(PhoneKeys::Count), QString());
@@ -130,8 +130,8 @@ private slots:
         QTest::newRow("lowest supported key wins") << QList<int>{66, 65} << 0 << 65;
         QTest::newRow("unsided modifiers are not looked at") << QList<int>{16, 17, 18, 90} << 0 << 90;
         QTest::newRow("all eight sides")
-            << QList<int>{LeftShift, RightShift, LeftCtrl, RightCtrl, LeftAlt, RightAlt, LeftWin, RightWin}
-            << 255 << 13;
+            << QList<int>{LeftShift, RightShift, LeftCtrl, RightCtrl, LeftAlt, RightAlt, LeftWin, RightWin} << 255
+            << 13;
         QTest::newRow("F12 with AltGr") << QList<int>{RightAlt, 123} << 64 << 123;
     }
     void capture()
@@ -161,15 +161,13 @@ private slots:
 
         QTemporaryDir dir;
         const QString path = dir.filePath(u"deutsch.lng"_s);
-        QVERIFY(WriteFile(
-            path, "[MainWindow]\r\nKey_SpaceBar=Leertaste\r\nToolTip_Mouse7=Nach rechts unten\r\n"));
+        QVERIFY(WriteFile(path, "[MainWindow]\r\nKey_SpaceBar=Leertaste\r\nToolTip_Mouse7=Nach rechts unten\r\n"));
         SetLanguage(path);
         ApplyKeyNameLanguage();
         QCOMPARE(KeyDisplayName(32), u"Leertaste"_s);
         QCOMPARE(KeyDisplayName(9), u"Tab"_s);
         QCOMPARE(SpecialKeyNames().at(10), u"Leertaste"_s);
-        QCOMPARE(
-            KeyActionToolTip(KeyAction{true, 7, 0, 0, {}}, KeyActionTexts::Load()), u" Nach rechts unten "_s);
+        QCOMPARE(KeyActionToolTip(KeyAction{true, 7, 0, 0, {}}, KeyActionTexts::Load()), u" Nach rechts unten "_s);
         SetLanguage(QString());
         ApplyKeyNameLanguage();
         QCOMPARE(KeyDisplayName(32), u"Spacebar"_s);

@@ -18,8 +18,8 @@ QString Written(const QString &name, const QString &actionLine)
 {
     const QString key = u"    <%1>\r\n      <ACTION>\r\n        %2\r\n      </ACTION>\r\n    </%1>\r\n"_s;
     return u"<SONY_ERICSSON_REMOTE_CONTROL_CONFIGURATION VERSION=\"1.0\">\r\n  <KEYMAP>\r\n"_s
-        + (name.isEmpty() ? QString() : key.arg(name, actionLine))
-        + u"  </KEYMAP>\r\n</SONY_ERICSSON_REMOTE_CONTROL_CONFIGURATION>"_s;
+           + (name.isEmpty() ? QString() : key.arg(name, actionLine))
+           + u"  </KEYMAP>\r\n</SONY_ERICSSON_REMOTE_CONTROL_CONFIGURATION>"_s;
 }
 
 // Keymap text of a key tag and an action line.
@@ -51,8 +51,7 @@ private slots:
         const auto mouse = [](int action, const QString &comment = {}) {
             return KeyAction{true, action, 0, 0, comment};
         };
-        QTest::newRow("no action with comment")
-            << Cam << KeyAction{false, 0, 0, 0, u"x"_s} << Written({}, {});
+        QTest::newRow("no action with comment") << Cam << KeyAction{false, 0, 0, 0, u"x"_s} << Written({}, {});
         QTest::newRow("phone default with blank comment") << Lsk << mouse(0, u"   "_s) << Written({}, {});
         QTest::newRow("comment stored untrimmed")
             << Cam << mouse(1, u" a b "_s)
@@ -60,13 +59,11 @@ private slots:
         QTest::newRow("blank comment left out")
             << Cam << mouse(1, u"  "_s) << Written(u"KEY_CAM"_s, u"<MOUSE BUTTONS = \"Right\" />"_s);
         QTest::newRow("tab is not blank")
-            << Cam << mouse(1, u"\t"_s)
-            << Written(u"KEY_CAM"_s, u"<MOUSE BUTTONS = \"Right\" />  <!-- \t  -->"_s);
+            << Cam << mouse(1, u"\t"_s) << Written(u"KEY_CAM"_s, u"<MOUSE BUTTONS = \"Right\" />  <!-- \t  -->"_s);
         QTest::newRow("camera has no default")
             << Cam << mouse(0) << Written(u"KEY_CAM"_s, u"<MOUSE BUTTONS = \"Left\" />"_s);
         QTest::newRow("joystick left moved right")
-            << Left << mouse(MouseActions::MoveRight)
-            << Written(u"KEY_LEFT"_s, u"<MOUSE MOVEMENT = \"Right\" />"_s);
+            << Left << mouse(MouseActions::MoveRight) << Written(u"KEY_LEFT"_s, u"<MOUSE MOVEMENT = \"Right\" />"_s);
         // A mouse value above 9 writes no element, only the comment, and no indentation.
         QTest::newRow("mouse value above 9")
             << Hash << mouse(10, u"c"_s) << Written(u"KEY_HASH"_s, u"  <!-- c  -->"_s).remove(u"        "_s);
@@ -95,7 +92,9 @@ private slots:
         // Windows-1252; what it cannot hold becomes "?".
         keymap[PhoneKeys::Cam] = KeyAction{true, 0, 0, 0, u"Gr\u00FC\u00DFe \u20AC \u4E2D"_s};
         QVERIFY(WriteKeymapText(keymap, dir.filePath(u"c.kcf"_s)));
-        QVERIFY(ReadAll(dir.filePath(u"c.kcf"_s)).contains("<!-- Gr\xFC\xDF" "e \x80 ?  -->"));
+        QVERIFY(ReadAll(dir.filePath(u"c.kcf"_s))
+                    .contains("<!-- Gr\xFC\xDF"
+                              "e \x80 ?  -->"));
         QVERIFY(!WriteKeymapText(keymap, dir.filePath(u"missing-folder/x.kcf"_s)));
     }
 
@@ -109,12 +108,10 @@ private slots:
         const KeyAction defaultLsk{true, 0, 0, 0, {}};
         QTest::newRow("action before any tag goes to the left soft key")
             << KeyboardLine(u"01"_s, u"06"_s) << Lsk << KeyAction{false, 0, 1, 67, {}} << QString();
-        QTest::newRow("prefix, value and tag ignore case")
-            << At(u"key_cam"_s, u"<mouse buttons = \"RIGHT\" />"_s) << Cam << KeyAction{true, 1, 0, 0, {}}
-            << QString();
+        QTest::newRow("prefix, value and tag ignore case") << At(u"key_cam"_s, u"<mouse buttons = \"RIGHT\" />"_s)
+                                                           << Cam << KeyAction{true, 1, 0, 0, {}} << QString();
         QTest::newRow("action after a closing tag is ignored")
-            << At(u"KEY_1"_s, u"</KEY_1>\r\n<MOUSE BUTTONS = \"Left\" />"_s) << Lsk << defaultLsk
-            << QString();
+            << At(u"KEY_1"_s, u"</KEY_1>\r\n<MOUSE BUTTONS = \"Left\" />"_s) << Lsk << defaultLsk << QString();
         QTest::newRow("long closing tag leaves the key open")
             << At(u"KEY_VOL_DOWN"_s, u"</KEY_VOL_DOWN>\r\n<MOUSE MOVEMENT = \"Down\" />"_s) << VolDown
             << KeyAction{true, MouseActions::MoveDown, 0, 0, {}} << QString();
@@ -132,14 +129,18 @@ private slots:
                 << u"KEY_1\t\t-> Kein g\u00FCltiger Keyboard Modifier (%1)\r\n"_s.arg(modifier);
         }
         // Numbers in every notation a file may use, rounded half to even.
-        for (const auto &[modifier, value] : {std::pair{u"5"_s, 5}, {u" &h12"_s, 18}, {u"&O22"_s, 18},
-                 {u"2.5"_s, 2}, {u"3.5"_s, 4}, {u"1.8d1"_s, 18}}) {
+        for (const auto &[modifier, value] : {std::pair{u"5"_s, 5},
+                                              {u" &h12"_s, 18},
+                                              {u"&O22"_s, 18},
+                                              {u"2.5"_s, 2},
+                                              {u"3.5"_s, 4},
+                                              {u"1.8d1"_s, 18}}) {
             QTest::addRow("modifier %s", qPrintable(modifier))
                 << At(u"KEY_1"_s, KeyboardLine(modifier, u"2a"_s)) << Digit1
                 << KeyAction{false, 0, std::int16_t(value), 8, {}} << QString();
         }
-        QTest::newRow("usage 00 is no key") << At(u"KEY_1"_s, KeyboardLine(u"02"_s, u"00"_s)) << Digit1
-                                            << KeyAction{false, 0, 2, 0, {}} << QString();
+        QTest::newRow("usage 00 is no key")
+            << At(u"KEY_1"_s, KeyboardLine(u"02"_s, u"00"_s)) << Digit1 << KeyAction{false, 0, 2, 0, {}} << QString();
         QTest::newRow("missing usage quotes")
             << At(u"KEY_1"_s, u"<KEYBOARD MODIFIERS = \"01\" USAGEID = 04 />"_s) << Digit1
             << KeyAction{false, 0, 1, 0, {}} << u"KEY_1\t\t-> Unbekannte UsageID ()\r\n"_s;
@@ -180,8 +181,7 @@ private slots:
     {
         // Random keymaps of every action kind on every key: write, read, write.
         QRandomGenerator random(20261121);
-        const int codes[]
-            = {0, 8, 13, 32, 48, 49, 65, 89, 90, 96, 105, 112, 123, 144, 186, 188, 190, 222, 226};
+        const int codes[] = {0, 8, 13, 32, 48, 49, 65, 89, 90, 96, 105, 112, 123, 144, 186, 188, 190, 222, 226};
         for (int round = 0; round < 300; ++round) {
             Keymap keymap;
             for (PhoneKey key = 0; key < PhoneKeys::Count; ++key) {
@@ -203,12 +203,11 @@ private slots:
 
     void reportFileText()
     {
-        const QByteArray report = KeymapErrorReportText(
-            u"Sum\u00FC\r\n   KEY_1\t\tx"_s, QDateTime(QDate(2026, 11, 21), QTime(16, 5, 9)));
+        const QByteArray report = KeymapErrorReportText(u"Sum\u00FC\r\n   KEY_1\t\tx"_s,
+                                                        QDateTime(QDate(2026, 11, 21), QTime(16, 5, 9)));
         const QList<QByteArray> lines = report.split('\n');
-        QCOMPARE(lines.mid(0, 3),
-            (QList<QByteArray>{
-                "LastReadError.txt von Padmapper\r", "\r", "Programmversion:   " PADMAPPER_VERSION "\r"}));
+        QCOMPARE(lines.mid(0, 3), (QList<QByteArray>{"LastReadError.txt von Padmapper\r", "\r",
+                                                     "Programmversion:   " PADMAPPER_VERSION "\r"}));
         QVERIFY(lines.at(3).startsWith("Zeitpunkt:         ") && lines.at(3).contains("05")
                 && lines.at(3).contains("26"));
         QVERIFY(report.endsWith("\r\n\r\nSum\xFC\r\n   KEY_1\t\tx\r\n"));

@@ -39,13 +39,11 @@ qsizetype Be16At(QByteArrayView bytes, qsizetype at)
 
 } // namespace
 
-FakePhone::FakePhone()
-    : FakePhone(Options())
+FakePhone::FakePhone() : FakePhone(Options())
 {
 }
 
-FakePhone::FakePhone(const Options &options)
-    : m_options(options)
+FakePhone::FakePhone(const Options &options) : m_options(options)
 {
 }
 
@@ -140,7 +138,7 @@ void FakePhone::HandleLine(const QByteArray &line)
         QMutexLocker lock(&m_mutex);
         m_seen.AtCommands << QString::fromLatin1(command);
     }
-    const Answer answer = command == "AT*EOBEX" ? m_options.Eobex
+    const Answer answer = command == "AT*EOBEX"     ? m_options.Eobex
                           : command == "AT+CPROT=0" ? m_options.Cprot
                                                     : Answer::Error;
     if (answer == Answer::Silent)
@@ -210,8 +208,9 @@ void FakePhone::HandleRequest(const QByteArray &packet)
     for (qsizetype at = 3; at < packet.size();) {
         const quint8 id = quint8(packet[at]);
         const bool prefixed = id < 0x80;
-        const qsizetype size = prefixed ? (at + 3 <= packet.size() ? Be16At(packet, at + 1) - 3 : -1)
-                                        : (id & 0xC0) == 0x80 ? 1 : 4;
+        const qsizetype size = prefixed              ? (at + 3 <= packet.size() ? Be16At(packet, at + 1) - 3 : -1)
+                               : (id & 0xC0) == 0x80 ? 1
+                                                     : 4;
         const qsizetype valueAt = at + (prefixed ? 3 : 1);
         if (size < 0 || valueAt + size > packet.size())
             return Reply(RespBadRequest);

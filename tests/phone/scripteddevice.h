@@ -9,8 +9,7 @@
 class ScriptedDevice : public QIODevice
 {
 public:
-    explicit ScriptedDevice(const QByteArray &answers = {})
-        : m_answers(answers)
+    explicit ScriptedDevice(const QByteArray &answers = {}) : m_answers(answers)
     {
         open(QIODevice::ReadWrite | QIODevice::Unbuffered);
     }

@@ -73,12 +73,15 @@ private slots:
         QTest::addColumn<QByteArray>("built");
         QTest::addColumn<QByteArray>("expected");
         QTest::newRow("connect without target announces 1024") << ConnectRequest(0, {}) << Hex("80 00 07 10 00 04 00");
-        QTest::newRow("connect with the folder-browsing target") << ConnectRequest(0, cOBEXObject::UUID())
-                                                                  << Hex("80 00 1A 10 00 04 00 46 00 13 F9EC7BC4953C11D2984E525400DC9E09");
-        QTest::newRow("disconnect carries the low 16 bits only") << DisconnectRequest(70000) << Hex("81 00 08 CB 00 00 11 70");
+        QTest::newRow("connect with the folder-browsing target")
+            << ConnectRequest(0, cOBEXObject::UUID())
+            << Hex("80 00 1A 10 00 04 00 46 00 13 F9EC7BC4953C11D2984E525400DC9E09");
+        QTest::newRow("disconnect carries the low 16 bits only")
+            << DisconnectRequest(70000) << Hex("81 00 08 CB 00 00 11 70");
         QTest::newRow("type header counts its terminator")
             << TypeHeader(u"x-obex/folder-listing") << Hex("42 00 19") + "x-obex/folder-listing" + '\0';
-        QTest::newRow("name is big-endian UTF-16 below U+0100") << NameHeader(u"Ab") << Hex("01 00 09 00 41 00 62 00 00");
+        QTest::newRow("name is big-endian UTF-16 below U+0100")
+            << NameHeader(u"Ab") << Hex("01 00 09 00 41 00 62 00 00");
         QTest::newRow("empty name is the bare prefix") << NameHeader(u"") << Hex("01 00 03");
         QTest::newRow("name above U+00FF shifts its bytes") << NameHeader(u"\u0141") << Hex("01 00 07 00 41 01 00");
         QTest::newRow("empty end of body") << BodyHeader({}, true) << Hex("49 00 03");
@@ -98,23 +101,27 @@ private slots:
     {
         QTest::addColumn<QByteArray>("packet");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("connect answer") << Hex("A0 00 0C 10 00 04 00 CB 00 00 00 01") << u"code=160 connect=1024 cid=1"_s;
+        QTest::newRow("connect answer") << Hex("A0 00 0C 10 00 04 00 CB 00 00 00 01")
+                                        << u"code=160 connect=1024 cid=1"_s;
         QTest::newRow("nothing read") << QByteArray() << u"code=0"_s;
         QTest::newRow("shorter than its prefix") << Hex("A0 00") << u"code=160"_s;
         QTest::newRow("length field not compared") << Hex("A0 00 00 C3 00 00 00 05") << u"code=160 length=5"_s;
         QTest::newRow("time header and the rest are unknown")
             << Hex("A0 00 0D 44 00 05 31 32 48 00 04 61") << u"code=160 unknown=440005313248000461"_s;
-        QTest::newRow("later body replaces the earlier") << Hex("A0 00 0B 48 00 04 61 49 00 04 62") << u"code=160 end=b"_s;
+        QTest::newRow("later body replaces the earlier")
+            << Hex("A0 00 0B 48 00 04 61 49 00 04 62") << u"code=160 end=b"_s;
         QTest::newRow("version byte anywhere is a connect block")
             << Hex("A0 00 0B 48 00 04 61 10 00 02 00") << u"code=160 connect=512 body=a"_s;
         QTest::newRow("name") << Hex("A0 00 0C 01 00 09 00 41 00 62 00 00") << u"code=160 name=Ab"_s;
         QTest::newRow("name above U+00FF") << Hex("A0 00 0A 01 00 07 00 41 01 00") << u"code=160 name=\u0141"_s;
-        QTest::newRow("empty name: 0x00 and a terminator byte") << Hex("A0 00 08 01 00 05 00 00") << u"code=160 name="_s;
+        QTest::newRow("empty name: 0x00 and a terminator byte")
+            << Hex("A0 00 08 01 00 05 00 00") << u"code=160 name="_s;
         QTest::newRow("type drops its terminator") << Hex("A0 00 09 42 00 06 74 78 00") << u"code=160 type=tx"_s;
         QTest::newRow("target and who") << Hex("A0 00 0B 46 00 04 01 4A 00 04 02") << u"code=160 target=01 who=02"_s;
         // A damaged header ends the decode there, without reading beyond the packet.
         QTest::newRow("header length below 3") << Hex("A0 00 0B CB 00 00 00 07 48 00 01 61") << u"code=160 cid=7"_s;
-        QTest::newRow("header past the packet") << Hex("A0 00 08 C3 00 00 00 09 48 FF FF 61") << u"code=160 length=9"_s;
+        QTest::newRow("header past the packet")
+            << Hex("A0 00 08 C3 00 00 00 09 48 FF FF 61") << u"code=160 length=9"_s;
         QTest::newRow("name length 4") << Hex("A0 00 0C 01 00 04 00 CB 00 00 00 07") << u"code=160"_s;
         QTest::newRow("cut header prefix") << Hex("A0 00 05 48 00") << u"code=160"_s;
         QTest::newRow("cut connection id") << Hex("A0 00 06 CB 00 01") << u"code=160"_s;
@@ -165,7 +172,8 @@ private slots:
         const qsizetype limit = FirstPieceLimit(RemoteName);
         const QString two = u"%1/%2 %2/%2"_s.arg(limit).arg(limit + 1);
 
-        QTest::newRow("empty file is one final packet") << qsizetype(0) << Success << 0 << true << u"82:32"_s << u"0/0"_s;
+        QTest::newRow("empty file is one final packet")
+            << qsizetype(0) << Success << 0 << true << u"82:32"_s << u"0/0"_s;
         QTest::newRow("one-packet limit fills 1024 bytes")
             << limit << Success << 0 << true << u"82:1024"_s << u"%1/%1"_s.arg(limit);
         QTest::newRow("one byte more: two pieces and an empty end")
@@ -175,11 +183,13 @@ private slots:
             << u"02:1024 02:1024 02:1024 82:6"_s
             << u"%1/%3 %2/%3 %3/%3"_s.arg(limit).arg(limit + PieceLimit).arg(limit + 2 * PieceLimit);
         QTest::newRow("success to the first of several pieces fails after one event")
-            << limit + 1 << Success + Continue + Success << 0 << false << u"02:1024"_s << u"%1/%2"_s.arg(limit).arg(limit + 1);
-        QTest::newRow("refusal mid-upload") << limit + PieceLimit + 1 << Continue + Hex("C3 00 03") << 0 << false
-                                            << u"02:1024 02:1024"_s << u"%1/%2"_s.arg(limit).arg(limit + PieceLimit + 1);
-        QTest::newRow("final packet refused") << limit + 1 << Continue + Continue + Hex("C0 00 03") << 0 << false
-                                              << u"02:1024 02:7 82:6"_s << two;
+            << limit + 1 << Success + Continue + Success << 0 << false << u"02:1024"_s
+            << u"%1/%2"_s.arg(limit).arg(limit + 1);
+        QTest::newRow("refusal mid-upload")
+            << limit + PieceLimit + 1 << Continue + Hex("C3 00 03") << 0 << false << u"02:1024 02:1024"_s
+            << u"%1/%2"_s.arg(limit).arg(limit + PieceLimit + 1);
+        QTest::newRow("final packet refused")
+            << limit + 1 << Continue + Continue + Hex("C0 00 03") << 0 << false << u"02:1024 02:7 82:6"_s << two;
         // The phone answers the Abort with Success, which ends the loop.
         QTest::newRow("abort: one Abort packet after the current piece")
             << limit + 3 * PieceLimit << Continue + Continue + Success << 2 << false << u"02:1024 02:1024 ff:3"_s

@@ -69,14 +69,14 @@ Outcome Upload(const UploadRequest &request, int abortAtProgress)
         outcome.Statuses << text;
         outcome.StatusTimes << clock.elapsed();
     });
-    QObject::connect(&upload, &ProfileUpload::ProgressChanged,
-                     [&](qint64 bytesSent, qint64, qint32 rate, const QString &text) {
-                         outcome.ProgressLines << text;
-                         outcome.ExpectedLines << u"%1: %2 at %3 KB/s (%t)"_s.arg(request.RemoteName).arg(bytesSent).arg(
-                             std::lround(rate / 1024.0));
-                         if (outcome.ProgressLines.size() == abortAtProgress)
-                             upload.Abort();
-                     });
+    QObject::connect(
+        &upload, &ProfileUpload::ProgressChanged, [&](qint64 bytesSent, qint64, qint32 rate, const QString &text) {
+            outcome.ProgressLines << text;
+            outcome.ExpectedLines
+                << u"%1: %2 at %3 KB/s (%t)"_s.arg(request.RemoteName).arg(bytesSent).arg(std::lround(rate / 1024.0));
+            if (outcome.ProgressLines.size() == abortAtProgress)
+                upload.Abort();
+        });
     outcome.Result = upload.Run();
     outcome.ErrorText = upload.ErrorText();
     return outcome;
@@ -261,11 +261,13 @@ private slots:
             u"Opening %1 ..."_s.arg(phone.PortName()),
             u"Initiating Obex Filetransfer..."_s,
             name + ": 0 at 0 KB/s (%t)"_L1,
-            name + " ("_L1 + QString::number(double(size) / 1024, 'f', 2) + " KB) successfully transfered to phone !"_L1,
+            name + " ("_L1 + QString::number(double(size) / 1024, 'f', 2)
+                + " KB) successfully transfered to phone !"_L1,
         };
         QCOMPARE(outcome.Statuses, expected);
         const qsizetype firstPiece = FirstPieceLimit(name);
-        QCOMPARE(outcome.ProgressLines.size(), size <= firstPiece ? 1 : 1 + (size - firstPiece + PieceLimit - 1) / PieceLimit);
+        QCOMPARE(outcome.ProgressLines.size(),
+                 size <= firstPiece ? 1 : 1 + (size - firstPiece + PieceLimit - 1) / PieceLimit);
     }
 
     // The serial job runs the upload on a thread of its own and reports on the
@@ -297,7 +299,8 @@ private slots:
         std::unique_ptr<UploadJob> job = std::make_unique<SerialUploadJob>(request);
         connect(job.get(), &UploadJob::StatusChanged, [&] { note(u"status"_s); });
         connect(job.get(), &UploadJob::ProgressChanged, [&] { note(u"progress"_s); });
-        connect(job.get(), &UploadJob::Finished, [&](UploadResult result) { note(u"finished %1"_s.arg(int(result))); });
+        connect(job.get(), &UploadJob::Finished,
+                [&](UploadResult result) { note(u"finished %1"_s.arg(int(result))); });
         if (ending == 3)
             job->Abort();
         job->Start();
@@ -338,9 +341,8 @@ private slots:
         QTest::newRow("a profile") << profile << QStringList() << true << QString() << 1;
         QTest::newRow("phone without OBEX")
             << profile << QStringList() << false << u"Initiating Obex-Protocol failed !"_s << 1;
-        QTest::newRow("a keymap is not a profile")
-            << QByteArray("<SONY_ERICSSON_REMOTE_CONTROL_CONFIGURATION/>") << QStringList() << true
-            << u"is not a profile"_s << 0;
+        QTest::newRow("a keymap is not a profile") << QByteArray("<SONY_ERICSSON_REMOTE_CONTROL_CONFIGURATION/>")
+                                                   << QStringList() << true << u"is not a profile"_s << 0;
         QTest::newRow("name too long for the phone")
             << profile << QStringList{u"--name"_s, QString(MaxRemoteNameLength + 1, u'n')} << true
             << u"The name for the phone is too long: it may have at most 504 characters."_s << 0;
@@ -378,7 +380,8 @@ private slots:
         QTest::newRow("SIGHUP") << int(SIGHUP) << false << -1 << 5000 << QString();
         QTest::newRow("Ctrl-C") << int(SIGINT) << false << -1 << 5000 << QString();
         // Connect and the first piece are answered, the Abort is not.
-        QTest::newRow("silent phone: ends before its read time-out") << int(SIGTERM) << false << 2 << 4000 << QString();
+        QTest::newRow("silent phone: ends before its read time-out")
+            << int(SIGTERM) << false << 2 << 4000 << QString();
         QTest::newRow("a second signal ends at once") << int(SIGHUP) << true << 2 << 2000 << QString();
         QTest::newRow("held by another upload")
             << 0 << false << -1 << 0 << u"is open in another program (padmapper-cli, process %1)."_s;

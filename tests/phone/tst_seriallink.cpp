@@ -33,14 +33,16 @@ private slots:
         row("text prompt ends the read with a doubled blank", "\r\n> rest", "", {}, true, "\r\n>  ", "rest");
         row("RING counts as success", "\r\nRING\r\n", "", {}, true, "\r\nRING\r\n");
         // The modem errors are information as well.
-        for (const char *failure : {"ERROR", "BUSY", "NO CARRIER", "NO DIALTONE", "+CME ERROR: 4", "+CMS ERROR: 500"}) {
+        for (const char *failure :
+             {"ERROR", "BUSY", "NO CARRIER", "NO DIALTONE", "+CME ERROR: 4", "+CMS ERROR: 500"}) {
             const QByteArray answer = "\r\n" + QByteArray(failure) + "\r\n";
             QTest::addRow("%s ends the read and fails", failure)
-                << answer + "OK\r\n" << QString() << (failure[0] == '+' ? QString::fromLatin1(failure) : QString())
-                << false << QString::fromLatin1(answer) << QByteArray("OK\r\n");
+                << answer + "OK\r\n"
+                << QString() << (failure[0] == '+' ? QString::fromLatin1(failure) : QString()) << false
+                << QString::fromLatin1(answer) << QByteArray("OK\r\n");
         }
-        row("CONNECT with a speed is information, not final", "\r\nCONNECT 115200\r\nOK\r\nx", "",
-            u"CONNECT 115200"_s, true, "\r\nCONNECT 115200\r\nOK\r\n", "x");
+        row("CONNECT with a speed is information, not final", "\r\nCONNECT 115200\r\nOK\r\nx", "", u"CONNECT 115200"_s,
+            true, "\r\nCONNECT 115200\r\nOK\r\n", "x");
         row("result codes ignore case and blanks", "at\r\r\n  ok \r\n", "at\r", {}, true, "at\r\r\n  ok \r\n");
         row("information lines kept untouched", "AT+CGMM\r\r\n K750 \r\n\r\nline2\r\nOK\r\n", "AT+CGMM\r",
             u" K750 \r\nline2"_s, true, "AT+CGMM\r\r\n K750 \r\n\r\nline2\r\nOK\r\n");
@@ -104,10 +106,10 @@ private slots:
 
         QTest::newRow("answers back to back") << Hex("A0 00 03 90 00 03") << Hex("A0 00 03") << Hex("90 00 03");
         QTest::newRow("long packet then a short one") << big + Hex("A0 00 03") << big << Hex("A0 00 03");
-        QTest::newRow("length 0 reads until the time-out") << Hex("A0 00 00 11 22") << Hex("A0 00 00 11 22")
-                                                           << QByteArray();
-        QTest::newRow("length below 3 reads until the time-out") << Hex("A0 00 02 11") << Hex("A0 00 02 11")
-                                                                 << QByteArray();
+        QTest::newRow("length 0 reads until the time-out")
+            << Hex("A0 00 00 11 22") << Hex("A0 00 00 11 22") << QByteArray();
+        QTest::newRow("length below 3 reads until the time-out")
+            << Hex("A0 00 02 11") << Hex("A0 00 02 11") << QByteArray();
         QTest::newRow("short packet is returned as it is") << Hex("A0 00 09 CB") << Hex("A0 00 09 CB") << QByteArray();
         QTest::newRow("endless stream is cut at the largest packet")
             << QByteArray(MaxObexPacketBytes + 100, '\0') << QByteArray(MaxObexPacketBytes, '\0')

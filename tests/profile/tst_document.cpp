@@ -15,7 +15,19 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-enum Operation { Open, Start, Template, Drop, ImportPicture, ImportKeymap, Save, SaveAs, ExportPicture, ExportKeymap, Edit };
+enum Operation {
+    Open,
+    Start,
+    Template,
+    Drop,
+    ImportPicture,
+    ImportKeymap,
+    Save,
+    SaveAs,
+    ExportPicture,
+    ExportKeymap,
+    Edit
+};
 // What the document holds before: the default profile p.hid as template,
 // nothing at all, the profile p.hid or the keymap k.kcf.
 enum StartState { Unnamed, Blank, OnProfile, OnKeymap };
@@ -134,21 +146,41 @@ private slots:
 
         const QString path = Path(r.File);
         switch (r.Command) {
-        case Open: document.Open(path); break;
+        case Open:
+            document.Open(path);
+            break;
         case Start:
             // As the window starts: the default profile when the file is not taken.
             if (!document.OpenAtStart(path))
                 document.OpenTemplate(Path("p.hid"));
             break;
-        case Template: document.OpenTemplate(path); break;
-        case Drop: document.Drop(path); break;
-        case ImportPicture: QVERIFY(document.ImportPicture(path)); break;
-        case ImportKeymap: document.ImportKeymap(path); break;
-        case Save: (void)document.Save(); break;
-        case SaveAs: (void)document.SaveAs(path); break;
-        case ExportPicture: (void)document.ExportPicture(path); break;
-        case ExportKeymap: (void)document.ExportKeymap(path); break;
-        case Edit: document.SetAction(PhoneKeys::Digit1, Marked(u"edited"_s)); break;
+        case Template:
+            document.OpenTemplate(path);
+            break;
+        case Drop:
+            document.Drop(path);
+            break;
+        case ImportPicture:
+            QVERIFY(document.ImportPicture(path));
+            break;
+        case ImportKeymap:
+            document.ImportKeymap(path);
+            break;
+        case Save:
+            (void)document.Save();
+            break;
+        case SaveAs:
+            (void)document.SaveAs(path);
+            break;
+        case ExportPicture:
+            (void)document.ExportPicture(path);
+            break;
+        case ExportKeymap:
+            (void)document.ExportKeymap(path);
+            break;
+        case Edit:
+            document.SetAction(PhoneKeys::Digit1, Marked(u"edited"_s));
+            break;
         }
 
         QCOMPARE(document.IsSaved(), r.Saved);

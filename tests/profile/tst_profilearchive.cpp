@@ -43,7 +43,7 @@ private:
         ProfilePicture picture;
         QString path = Path(name);
         return AdoptPicture(MakePicture(Path(name + u".png"_s), width, 20), picture)
-            && SaveProfile(path, false, SampleKeymap(keyCode), picture);
+               && SaveProfile(path, false, SampleKeymap(keyCode), picture);
     }
 
     // Messages the document raises, in order.
@@ -51,8 +51,7 @@ private:
     void Listen(Document &document)
     {
         m_messages.clear();
-        connect(&document, &Document::MessageRaised, this,
-            [this](const DocumentMessage &m) { m_messages << m.Text; });
+        connect(&document, &Document::MessageRaised, this, [this](const DocumentMessage &m) { m_messages << m.Text; });
     }
 
 private slots:
@@ -108,7 +107,7 @@ private slots:
         // Qt reads GIF but does not write it: a minimal GIF made by hand then.
         if (format == "gif")
             QVERIFY(WriteFile(path,
-                QByteArray::fromBase64("R0lGODlhAQABAIAAAP///wAAACH5BAEAAAAALAAAAAABAAEAAAICRAEAOw==")));
+                              QByteArray::fromBase64("R0lGODlhAQABAIAAAP///wAAACH5BAEAAAAALAAAAAABAAEAAAICRAEAOw==")));
         else if (format == "junk")
             QVERIFY(WriteFile(path, "\x89PNG\r\n\x1a\nnot really"));
         else
@@ -120,9 +119,9 @@ private slots:
             QCOMPARE(loaded.size(), image.size());
         if (format == "png")
             QCOMPARE(QList<QRgb>({loaded.pixel(0, 0), loaded.pixel(1, 0)}),
-                QList<QRgb>({qRgb(0, 0, 0), qRgb(10, 200, 30)}));
+                     QList<QRgb>({qRgb(0, 0, 0), qRgb(10, 200, 30)}));
         QCOMPARE(IsProfilePictureName(u"PICTURE."_s + QString::fromLatin1(format).toUpper()),
-            !told.isEmpty() && !loaded.isNull());
+                 !told.isEmpty() && !loaded.isNull());
     }
 
     void savedEntriesTakeTheProfilesName_data()
@@ -133,8 +132,7 @@ private slots:
         QTest::addColumn<QString>("base");
         QTest::newRow("extension added") << u"Games"_s << false << u"Games.hid"_s << u"Games"_s;
         QTest::newRow("upper-case HID kept") << u"Games.HID"_s << false << u"Games.HID"_s << u"Games"_s;
-        QTest::newRow("other extension gets hid")
-            << u"a.b.tar"_s << false << u"a.b.tar.hid"_s << u"a.b.tar"_s;
+        QTest::newRow("other extension gets hid") << u"a.b.tar"_s << false << u"a.b.tar.hid"_s << u"a.b.tar"_s;
         QTest::newRow("copy keeps its path") << u"PMX1.tmp"_s << true << u"PMX1.tmp"_s << u"PMX1"_s;
         QTest::newRow("name of only an extension") << u".hid"_s << false << u".hid"_s << QString();
     }
@@ -200,23 +198,20 @@ private slots:
         QTest::addColumn<bool>("opened");
         QTest::addColumn<QList<int>>("messages");
         QTest::addColumn<QString>("picture"); // the entry whose picture is taken
-        QTest::newRow("picture and keymap")
-            << QStringList{u"pics/Logo.PNG"_s, u"readme.txt"_s, u"x.kcf"_s} << QByteArray() << 0 << true
-            << QList<int>{} << u"pics/Logo.PNG"_s;
-        QTest::newRow("only a keymap")
-            << QStringList{u"a.kcf"_s} << QByteArray() << 0 << true << QList<int>{6} << QString();
+        QTest::newRow("picture and keymap") << QStringList{u"pics/Logo.PNG"_s, u"readme.txt"_s, u"x.kcf"_s}
+                                            << QByteArray() << 0 << true << QList<int>{} << u"pics/Logo.PNG"_s;
+        QTest::newRow("only a keymap") << QStringList{u"a.kcf"_s} << QByteArray() << 0 << true << QList<int>{6}
+                                       << QString();
         QTest::newRow("two pictures, the second wins")
-            << QStringList{u"one.png"_s, u"two.bmp"_s} << QByteArray() << 0 << true << QList<int>{7}
-            << u"two.bmp"_s;
+            << QStringList{u"one.png"_s, u"two.bmp"_s} << QByteArray() << 0 << true << QList<int>{7} << u"two.bmp"_s;
         QTest::newRow("neither") << QStringList{u"a.txt"_s} << QByteArray() << 0 << true << QList<int>{6, 7}
                                  << QString();
-        QTest::newRow("not a tar file")
-            << QStringList() << QByteArray(2000, 'z') << 0 << true << QList<int>{6, 7} << QString();
+        QTest::newRow("not a tar file") << QStringList() << QByteArray(2000, 'z') << 0 << true << QList<int>{6, 7}
+                                        << QString();
         QTest::newRow("no file") << QStringList() << QByteArray() << 0 << false << QList<int>{4} << QString();
         // End block, padding and half of the keymap gone; the damage is said first.
-        QTest::newRow("cut inside its keymap")
-            << QStringList{u"a.png"_s, u"a.kcf"_s} << QByteArray() << 1022 << true
-            << QList<int>{int(ProfileMessage::ArchiveDamaged)} << u"a.png"_s;
+        QTest::newRow("cut inside its keymap") << QStringList{u"a.png"_s, u"a.kcf"_s} << QByteArray() << 1022 << true
+                                               << QList<int>{int(ProfileMessage::ArchiveDamaged)} << u"a.png"_s;
     }
     void open()
     {
@@ -248,7 +243,7 @@ private slots:
         QVERIFY(messages.isEmpty());
         QCOMPARE(result.PictureName, picture.section(u'/', -1));
         QCOMPARE(result.PictureTempPath.isEmpty() ? QByteArray() : ReadAll(result.PictureTempPath),
-            picture.toLatin1());
+                 picture.toLatin1());
         if (entries.contains(u"x.kcf"_s))
             QCOMPARE(result.KeymapText, QString::fromLatin1(keymap));
         QCOMPARE(ProfileMessageTitle(ProfileMessage::ExtractingArchiveFailed), u"Error"_s);
@@ -268,9 +263,9 @@ private slots:
         Document document;
         Listen(document);
         document.OpenProfile(path);
-        QCOMPARE(m_messages,
-            QStringList({u"The Profile contains no Picture !"_s,
-                u"Programinternal Error:\r\n7 Out of memory\r\n"_s + path + u": the file is too large"_s}));
+        QCOMPARE(m_messages, QStringList({u"The Profile contains no Picture !"_s,
+                                          u"Programinternal Error:\r\n7 Out of memory\r\n"_s + path
+                                              + u": the file is too large"_s}));
     }
 
 #ifdef Q_OS_UNIX
@@ -281,7 +276,7 @@ private slots:
         QString bigProfile = Path(u"big.hid"_s);
         ProfilePicture big;
         QVERIFY(AdoptPicture(MakePicture(Path(u"big.bmp"_s), 100, 250), big) // 75 kB
-            && SaveProfile(bigProfile, false, SampleKeymap(), big));
+                && SaveProfile(bigProfile, false, SampleKeymap(), big));
 
         Document document;
         Listen(document);
@@ -296,8 +291,8 @@ private slots:
         const QString heads[] = {u"Creating File failed !\r\n"_s, u"Extracting Archive failed !\r\n"_s};
         for (int i = 0; i < 2; ++i)
             QVERIFY2(m_messages[i].startsWith(heads[i] + QDir::tempPath())
-                    && m_messages[i].endsWith(u": the file is too large"_s),
-                qPrintable(m_messages[i]));
+                         && m_messages[i].endsWith(u": the file is too large"_s),
+                     qPrintable(m_messages[i]));
         QCOMPARE(document.Picture().PictureTempPath, before.PictureTempPath);
         QCOMPARE(document.Picture().Image, before.Image);
         QVERIFY(document.CurrentFile().isEmpty());
@@ -322,8 +317,7 @@ private slots:
         QVERIFY(Save(u"a.hid"_s, 30) && Save(u"b.hid"_s, 30, 27));
         const QDateTime time = QDateTime::currentDateTime().addSecs(-60);
         for (QFile file : {Path(u"a.hid"_s), Path(u"b.hid"_s)})
-            QVERIFY(
-                file.open(QIODevice::ReadWrite) && file.setFileTime(time, QFileDevice::FileModificationTime));
+            QVERIFY(file.open(QIODevice::ReadWrite) && file.setFileTime(time, QFileDevice::FileModificationTime));
         Document document;
         document.ReadAhead(Path(readAhead));
         QCOMPARE(TempFiles().size(), 3);

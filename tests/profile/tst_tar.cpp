@@ -37,11 +37,14 @@ private slots:
     void octalToLong()
     {
         const std::pair<QByteArray, std::optional<std::int32_t>> fields[] = {
-            {QByteArray("00000001750\0", 12), 1000}, {"   17 ", 15}, // blanks around
-            {QByteArray(12, '\0'), 0}, {QByteArray("1\0007", 3), 15}, // NULs anywhere are dropped
+            {QByteArray("00000001750\0", 12), 1000},
+            {"   17 ", 15}, // blanks around
+            {QByteArray(12, '\0'), 0},
+            {QByteArray("1\0007", 3), 15}, // NULs anywhere are dropped
             {"1a", 8}, // a letter counts 0
             {"19", 17}, // 8 and 9 at face value
-            {"17777777777", 2147483647}, {"99999999999", std::nullopt}, // beyond 32 bits
+            {"17777777777", 2147483647},
+            {"99999999999", std::nullopt}, // beyond 32 bits
         };
         for (const auto &[field, value] : fields)
             QCOMPARE(cTar::OctalToLong(field), value);
@@ -57,9 +60,9 @@ private slots:
         const QByteArray header = archive.left(512);
         // Name, mode "000644 ", owner and group 0, size, mtime and checksum
         // (checked below), type '0', the old GNU magic, the rest NUL.
-        QByteArray expected = "Games.png" + QByteArray(91, '\0') + QByteArray("000644 \0", 8)
-            + QByteArray(16, '\0') + QByteArray("00000001750\0", 12) + header.mid(136, 20) + '0'
-            + QByteArray(100, '\0') + QByteArray("ustar  \0", 8) + QByteArray(247, '\0');
+        QByteArray expected = "Games.png" + QByteArray(91, '\0') + QByteArray("000644 \0", 8) + QByteArray(16, '\0')
+                              + QByteArray("00000001750\0", 12) + header.mid(136, 20) + '0' + QByteArray(100, '\0')
+                              + QByteArray("ustar  \0", 8) + QByteArray(247, '\0');
         QCOMPARE(header, expected);
         // Checksum: seven octal digits and NUL over the header with blanks in its place.
         int sum = 0;
@@ -76,8 +79,7 @@ private slots:
     void layoutSizes()
     {
         // File data is padded to whole blocks, content text (here 1000 bytes) is not.
-        for (const auto &[fileBytes, archiveBytes] :
-            {std::pair{-1, 2024}, {0, 1024}, {512, 1536}, {513, 2048}}) {
+        for (const auto &[fileBytes, archiveBytes] : {std::pair{-1, 2024}, {0, 1024}, {512, 1536}, {513, 2048}}) {
             cTar tar;
             QVERIFY(WriteFile(Path(u"sized.bin"_s), QByteArray(std::max(fileBytes, 0), 'z')));
             tar.AddFile(Path(u"sized.bin"_s), u"a"_s, fileBytes < 0 ? QString(1000, u'k') : QString());
@@ -121,10 +123,8 @@ private slots:
         QTest::newRow("NULs removed anywhere in the name")
             << RawHeader(QByteArray("abc\0\0\0x", 7), "0") << true << u"abcx 0;"_s;
         QTest::newRow("no end block") << RawHeader("a", "3") + "xyz" << true << u"a 3;"_s;
-        QTest::newRow("header cut short by the end")
-            << RawHeader("a", "0") + QByteArray("b") << true << u"a 0;"_s;
-        QTest::newRow("junk is read as a header")
-            << QByteArray(600, 'J') << true << QString(100, u'J') + u" 0;"_s;
+        QTest::newRow("header cut short by the end") << RawHeader("a", "0") + QByteArray("b") << true << u"a 0;"_s;
+        QTest::newRow("junk is read as a header") << QByteArray(600, 'J') << true << QString(100, u'J') + u" 0;"_s;
         QTest::newRow("size beyond 32 bits fails") << RawHeader("big", "77777777777") << false << QString();
         QByteArray many;
         for (int i = 0; i < cTar::MaximumEntries; ++i)
@@ -158,8 +158,7 @@ private slots:
         for (const int bad : {0, 7, -1})
             QTest::addRow("entry %d does not exist", bad) << bad << false << placeholder << false << false;
         QTest::newRow("directory") << 1 << true << placeholder << false << false;
-        QTest::newRow("folder name with data is a file")
-            << 2 << false << QByteArray("12345") << true << false;
+        QTest::newRow("folder name with data is a file") << 2 << false << QByteArray("12345") << true << false;
         QTest::newRow("empty file") << 3 << false << placeholder << false << false;
         QTest::newRow("a stored byte 0 is the placeholder") << 4 << false << placeholder << false << false;
         QTest::newRow("one byte") << 5 << false << QByteArray("Q") << true << false;
@@ -175,9 +174,9 @@ private slots:
         QFETCH(bool, cut);
         const QByteArray block(512, '\0');
         QVERIFY(WriteFile(Path(u"entries.tar"_s),
-            RawHeader("pics/", "0") + RawHeader("pics5/", "5") + "12345" + block.left(507)
-                + RawHeader("pics", "0") + RawHeader("zero", "1") + block + RawHeader("one", "1") + "Q"
-                + block.left(511) + RawHeader("big", "17777777777") + QByteArray(512, 'd')));
+                          RawHeader("pics/", "0") + RawHeader("pics5/", "5") + "12345" + block.left(507)
+                              + RawHeader("pics", "0") + RawHeader("zero", "1") + block + RawHeader("one", "1") + "Q"
+                              + block.left(511) + RawHeader("big", "17777777777") + QByteArray(512, 'd')));
         cTar tar;
         QVERIFY(tar.GetContents(Path(u"entries.tar"_s)));
         QCOMPARE(tar.TotalFiles(), 6);

@@ -75,10 +75,10 @@ private slots:
         QTest::addColumn<QStringList>("expected"); // names as our reader lists them; empty: pax
         QTest::newRow("GNU tar, gnu") << u"tar"_s << u"gnu"_s
                                       << QStringList{u"short.png"_s, u"././@LongLink"_s, QString(100, u'n'),
-                                             u"././@LongLink"_s, DeepName.left(100)};
+                                                     u"././@LongLink"_s, DeepName.left(100)};
         // ustar cannot store the long name at all, and puts the folder in a prefix field.
-        QTest::newRow("bsdtar, ustar")
-            << u"bsdtar"_s << u"ustar"_s << QStringList{u"short.png"_s, DeepName.section(u'/', 1)};
+        QTest::newRow("bsdtar, ustar") << u"bsdtar"_s << u"ustar"_s
+                                       << QStringList{u"short.png"_s, DeepName.section(u'/', 1)};
         QTest::newRow("GNU tar, posix") << u"tar"_s << u"posix"_s << QStringList{};
     }
     void weListTheirArchives()
@@ -94,8 +94,8 @@ private slots:
         for (const QString &member : members)
             QVERIFY(WriteFile(work.filePath(member), member == "short.png"_L1 ? QByteArray(700, 'p') : "x"));
         const QString archive = work.filePath(u"theirs.tar"_s);
-        const ProgramRun run = RunProgram(
-            tool, QStringList{u"-cf"_s, archive, u"--format="_s + format} + members, work.path());
+        const ProgramRun run = RunProgram(tool, QStringList{u"-cf"_s, archive, u"--format="_s + format} + members,
+                                          work.path());
         QVERIFY2(run.Status == 0, run.Err.constData());
 
         cTar tar;
@@ -106,8 +106,7 @@ private slots:
         // pax: every member is preceded by an extension header, listed as an
         // ordinary entry with its own name; the members themselves follow.
         if (expected.isEmpty())
-            QVERIFY2(names.size() >= 4 && !names.filter(u"PaxHeader"_s).isEmpty(),
-                qPrintable(names.join(u", "_s)));
+            QVERIFY2(names.size() >= 4 && !names.filter(u"PaxHeader"_s).isEmpty(), qPrintable(names.join(u", "_s)));
         else
             QCOMPARE(names, expected);
         // Whatever the layout, the first member's bytes come out right.

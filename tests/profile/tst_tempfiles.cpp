@@ -41,7 +41,7 @@ private slots:
         const QFileInfo folder(QFileInfo(made.first()).path());
 #ifdef Q_OS_UNIX
         QCOMPARE(folder.permissions() & QFileDevice::Permissions(0x0077),
-            QFileDevice::Permissions()); // no group, no others
+                 QFileDevice::Permissions()); // no group, no others
 #endif
         DeleteTempFiles();
         QVERIFY(!QFileInfo::exists(folder.filePath()));

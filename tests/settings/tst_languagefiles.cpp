@@ -44,7 +44,7 @@ IniFile Load(const QString &name)
 QList<UiText> AllTexts()
 {
     QList<UiText> all;
-    const std::span<const UiText> tables[] = {CommonTexts, KeymapTexts, ProfileTexts,      PhoneTexts,
+    const std::span<const UiText> tables[] = {CommonTexts, KeymapTexts,    ProfileTexts,     PhoneTexts,
                                               EditorTexts, BluetoothTexts, MouseToolTipTexts};
     for (const auto &table : tables)
         all.append(QList<UiText>(table.begin(), table.end()));
@@ -167,13 +167,15 @@ private slots:
         // window: the section, then the keys.
         const std::pair<const char *, bool> groups[] = {
             {"MainWindow Menu_Open Menu_Save Menu_SaveAs Menu_Import Menu_Export Menu_FileUpload Menu_ViewKeymap "
-             "Menu_Settings Menu_Exit", true},
+             "Menu_Settings Menu_Exit",
+             true},
             {"MainWindow Menu_Picture Menu_Keymap", true},
             {"MainWindow Menu_Readme Menu_About", true},
             {"MainWindow Menu_PopUpLoad Menu_PopUpSave", true},
             {"MainWindow Menu_File Menu_Help Button_Left Button_Right", true},
             {"SettingsWindow Label_Language Frame_FileTypes Frame_hid Frame_kcf Frame_PhoneConnection Frame_Port "
-             "Frame_Speed Button_OK Button_Abort", false},
+             "Frame_Speed Button_OK Button_Abort",
+             false},
         };
         QStringList problems;
         for (const QString &file : LanguageFileNames) {

@@ -51,11 +51,10 @@ private slots:
         QTest::newRow("key before any section") << QByteArray("k=v\n[S]\n") << missing;
         QTest::newRow("percent-n") << QByteArray("[S]\nk=eins%nzwei\n") << u"eins\r\nzwei"_s;
         QTest::newRow("windows-1252") << QByteArray("[S]\nk=Gr\xFC\xDF\x80\n") << u"Gr\u00FC\u00DF\u20AC"_s;
-        QTest::newRow("utf-8 with bom")
-            << QByteArray("\xEF\xBB\xBF[S]\nk=Gr\xC3\xBC\xC3\x9F\n") << u"Gr\u00FC\u00DF"_s;
+        QTest::newRow("utf-8 with bom") << QByteArray("\xEF\xBB\xBF[S]\nk=Gr\xC3\xBC\xC3\x9F\n")
+                                        << u"Gr\u00FC\u00DF"_s;
         QStringEncoder utf16(QStringEncoder::Utf16LE);
-        QTest::newRow("utf-16 with bom")
-            << "\xFF\xFE" + QByteArray(utf16(u"[S]\r\nk=\u0100\r\n"_s)) << u"\u0100"_s;
+        QTest::newRow("utf-16 with bom") << "\xFF\xFE" + QByteArray(utf16(u"[S]\r\nk=\u0100\r\n"_s)) << u"\u0100"_s;
         QTest::newRow("199 characters kept") << "[S]\nk=" + QByteArray(199, 'x') << QString(199, u'x');
         QTest::newRow("250 characters cut to 199") << "[S]\nk=" + QByteArray(250, 'x') << QString(199, u'x');
         QTest::newRow("binary junk") << QByteArray("\0\xFF[\0=\n=", 8) << missing;
@@ -126,7 +125,8 @@ private slots:
             store.WritePort(*SerialPort::Parse(u"/dev/ttyACM0"_s), 57600);
             store.WriteLanguage(u"/usr/share/padmapper/Deutsch.lng"_s);
             store.SetString(u"LasthidClass"_s, u"tarfile"_s);
-            store.WriteConnection(PhoneConnection::Bluetooth, {u"00:1A:2B:3C:4D:5E"_s, u"Pocket"_s, ObexMethod::FileTransfer});
+            store.WriteConnection(PhoneConnection::Bluetooth,
+                                  {u"00:1A:2B:3C:4D:5E"_s, u"Pocket"_s, ObexMethod::FileTransfer});
             QVERIFY(store.Sync());
         }
         const SettingsStore again(path);

@@ -25,8 +25,7 @@ private:
 private slots:
     void initTestCase()
     {
-        QVERIFY(QDir().mkpath(Path(u"out"_s)) && MakePipe(Path(u"out/pipe"_s))
-            && WriteFile(Path(u"file"_s), "bytes"));
+        QVERIFY(QDir().mkpath(Path(u"out"_s)) && MakePipe(Path(u"out/pipe"_s)) && WriteFile(Path(u"file"_s), "bytes"));
     }
 
     void namesSurviveTheFileSystem_data()

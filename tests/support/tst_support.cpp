@@ -19,9 +19,10 @@ private slots:
             all.append(static_cast<char>(b));
         QCOMPARE(FromAnsi(all).size(), 256);
         QCOMPARE(ToAnsi(FromAnsi(all)), all);
-        const std::pair<QByteArray, QString> both[]
-            = {{"\xFC", u"\u00FC"_s}, {"\x80", u"\u20AC"_s}, {"\x93x\x94", u"\u201Cx\u201D"_s},
-                {QByteArray("a\0b", 3), QString(QChar(u'a')) + QChar() + u'b'}};
+        const std::pair<QByteArray, QString> both[] = {{"\xFC", u"\u00FC"_s},
+                                                       {"\x80", u"\u20AC"_s},
+                                                       {"\x93x\x94", u"\u201Cx\u201D"_s},
+                                                       {QByteArray("a\0b", 3), QString(QChar(u'a')) + QChar() + u'b'}};
         for (const auto &[bytes, text] : both) {
             QCOMPARE(FromAnsi(bytes), text);
             QCOMPARE(ToAnsi(text), bytes);
@@ -39,8 +40,7 @@ private slots:
         QTest::newRow("upper-case name kept") << u"/p/test.KCF"_s << u"*.kcf"_s << u"/p/test.KCF"_s;
         QTest::newRow("other extension appended") << u"/p/test.txt"_s << u"*.kcf"_s << u"/p/test.txt.kcf"_s;
         QTest::newRow("any file never appends") << u"/p/test"_s << u"*.*"_s << u"/p/test"_s;
-        QTest::newRow("upper-case pattern always appends")
-            << u"/p/a.hid"_s << u"*.HID"_s << u"/p/a.hid.HID"_s;
+        QTest::newRow("upper-case pattern always appends") << u"/p/a.hid"_s << u"*.HID"_s << u"/p/a.hid.HID"_s;
         QTest::newRow("second pattern matches") << u"/p/x.jpeg"_s << u"*.bmp;*.jpeg"_s << u"/p/x.jpeg"_s;
         QTest::newRow("first pattern appended") << u"/p/x"_s << u"*.bmp;*.jpeg"_s << u"/p/x.bmp"_s;
         QTest::newRow("dot in a folder does not count") << u"/p.kcf/x"_s << u"*.kcf"_s << u"/p.kcf/x.kcf"_s;
@@ -60,7 +60,7 @@ private slots:
         const std::pair<QString, QString> filters[] = {
             {u"Keymap Configuration Files (*.kcf)|*.kcf"_s, u"Keymap Configuration Files (*.kcf) (*.kcf)"_s},
             {u"Remote Profile, Keymap (*.hid,*.kcf)|*.hid;*.kcf|Tar Archive (*.tar)|*.tar|"_s,
-                u"Remote Profile, Keymap (*.hid,*.kcf) (*.hid *.kcf);;Tar Archive (*.tar) (*.tar)"_s},
+             u"Remote Profile, Keymap (*.hid,*.kcf) (*.hid *.kcf);;Tar Archive (*.tar) (*.tar)"_s},
             {QString(), u"Alle Dateien (*.*)"_s},
         };
         for (const auto &[filter, qt] : filters)
@@ -71,7 +71,7 @@ private slots:
         QCOMPARE(QtFilterIndex(twoPairs, u"C (*.c)"_s), -1);
         const QString sep = QDir::separator();
         QCOMPARE(JoinChosenFiles(u"/f"_s, {u"a.kcf"_s, u"b.kcf"_s}),
-            u"/f"_s + sep + u"a.kcf\r\n/f"_s + sep + u"b.kcf"_s);
+                 u"/f"_s + sep + u"a.kcf\r\n/f"_s + sep + u"b.kcf"_s);
         QCOMPARE(JoinChosenFiles(u"/f"_s + sep, {u"a"_s}), u"/f"_s + sep + u"a"_s);
     }
 };
