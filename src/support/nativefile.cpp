@@ -220,22 +220,6 @@ bool OpenForReading(QFile &file, const QString &path, FileError *error)
     return true;
 }
 
-WholeFileWriter::WholeFileWriter(const QString &path) : m_path(path)
-{
-}
-
-WholeFileWriter::~WholeFileWriter()
-{
-    Discard();
-}
-
-bool WholeFileWriter::Fail(FileProblem problem, int systemError)
-{
-    m_error = MakeError(problem, m_path, systemError);
-    Discard();
-    return false;
-}
-
 bool WholeFileWriter::Open()
 {
     Discard();
@@ -415,22 +399,6 @@ bool OpenForReading(QFile &file, const QString &path, FileError *error)
     return true;
 }
 
-WholeFileWriter::WholeFileWriter(const QString &path) : m_path(path)
-{
-}
-
-WholeFileWriter::~WholeFileWriter()
-{
-    Discard();
-}
-
-bool WholeFileWriter::Fail(FileProblem problem, int systemError)
-{
-    m_error = MakeError(problem, m_path, systemError);
-    Discard();
-    return false;
-}
-
 bool WholeFileWriter::Open()
 {
     Discard();
@@ -498,6 +466,22 @@ FileError FolderWriteProblem(const QString &folder)
 }
 
 #endif
+
+WholeFileWriter::WholeFileWriter(const QString &path) : m_path(path)
+{
+}
+
+WholeFileWriter::~WholeFileWriter()
+{
+    Discard();
+}
+
+bool WholeFileWriter::Fail(FileProblem problem, int systemError)
+{
+    m_error = MakeError(problem, m_path, systemError);
+    Discard();
+    return false;
+}
 
 QStringList DecodeArguments(int argc, const char *const *argv)
 {
