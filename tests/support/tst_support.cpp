@@ -36,7 +36,6 @@ private slots:
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("pattern");
         QTest::addColumn<QString>("result");
-        QTest::newRow("extension added") << u"/p/Games"_s << u"*.kcf"_s << u"/p/Games.kcf"_s;
         QTest::newRow("upper-case name kept") << u"/p/test.KCF"_s << u"*.kcf"_s << u"/p/test.KCF"_s;
         QTest::newRow("other extension appended") << u"/p/test.txt"_s << u"*.kcf"_s << u"/p/test.txt.kcf"_s;
         QTest::newRow("any file never appends") << u"/p/test"_s << u"*.*"_s << u"/p/test"_s;
