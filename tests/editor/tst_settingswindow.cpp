@@ -184,7 +184,6 @@ private slots:
         QVERIFY(window->LanguageList()->selectedItems().isEmpty());
         window->accept();
         QCOMPARE(SettingsStore(Path(u"settings.ini"_s)).Read().Language, u"/somewhere/Klingon.lng"_s);
-        QVERIFY(!languages.isEmpty());
         window = Open();
         window->LanguageList()->item(0)->setSelected(true);
         window->accept();
