@@ -269,8 +269,10 @@ private slots:
         if (outcome.ErrorText == PutFailed)
             QCOMPARE(outcome.Statuses.last(), PutFailed);
         if (tweak == "usual pause"_L1) { // from the port's status line to the next
+            // Measured where the queued reports arrive, which may shift either
+            // end by some milliseconds: a band, not the exact second.
             const qint64 pause = outcome.StatusTimes.value(2) - outcome.StatusTimes.value(1);
-            QVERIFY2(pause >= 1000 && pause < 1500, QByteArray::number(pause));
+            QVERIFY2(pause >= 900 && pause < 1500, QByteArray::number(pause));
         }
         if (result != UploadResult::Succeeded)
             return;
