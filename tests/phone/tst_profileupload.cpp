@@ -68,7 +68,9 @@ Outcome Upload(const UploadRequest &request, const QString &tweak)
     std::unique_ptr<UploadJob> job = std::make_unique<SerialUploadJob>(request);
     QElapsedTimer clock;
     clock.start();
-    const auto note = [&outcome] { outcome.OffThread |= QThread::currentThread() != qApp->thread(); };
+    const auto note = [&outcome] {
+        outcome.OffThread |= QThread::currentThread() != QCoreApplication::instance()->thread();
+    };
     // Without a receiver, as the console tool connects: called where emitted.
     QObject::connect(job.get(), &UploadJob::StatusChanged, [&](const QString &text) {
         note();
