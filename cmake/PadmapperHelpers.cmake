@@ -37,17 +37,18 @@ function(add_core_library name)
     target_link_libraries(${name} PUBLIC padmapper_options ${ARG_LIBS})
 endfunction()
 
-# add_unit_test(name SOURCES ... LIBS ... [WIDGETS] [RUNNER command ...]): a QtTest executable
-# registered with CTest, run by the runner command when one is given.
+# add_unit_test(name SOURCES ... LIBS ... [WIDGETS] [RUNNER command ...] [ARGS ...]): a QtTest
+# executable registered with CTest, run by the runner command when one is given, with the
+# arguments (test functions to run, for instance).
 function(add_unit_test name)
-    cmake_parse_arguments(ARG "WIDGETS" "" "SOURCES;LIBS;RUNNER" ${ARGN})
+    cmake_parse_arguments(ARG "WIDGETS" "" "SOURCES;LIBS;RUNNER;ARGS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE padmapper_options Qt6::Test ${ARG_LIBS})
 
     if(ARG_RUNNER)
-        add_test(NAME ${name} COMMAND ${ARG_RUNNER} $<TARGET_FILE:${name}>)
+        add_test(NAME ${name} COMMAND ${ARG_RUNNER} $<TARGET_FILE:${name}> ${ARG_ARGS})
     else()
-        add_test(NAME ${name} COMMAND ${name})
+        add_test(NAME ${name} COMMAND ${name} ${ARG_ARGS})
     endif()
     set(env "QT_QPA_PLATFORM=offscreen")
     # The machine's own D-Bus buses are never used: a test that needs buses

@@ -136,8 +136,7 @@ private slots:
         QFETCH(UploadResult, result);
         QFETCH(ObexUploadError, error);
         QFETCH(int, sessions);
-        if (!IsStandIn())
-            QSKIP("needs the obexd stand-in");
+        QVERIFY2(IsStandIn(), "run this under tests/bluetooth/run-with-mock-buses");
         QVERIFY(SetMode(mode));
         ClearReceived();
         m_sessionsAdded.clear();
@@ -239,8 +238,7 @@ private slots:
         QFETCH(QByteArray, out);
         QFETCH(QByteArray, err);
         QFETCH(QString, received);
-        if (!IsStandIn())
-            QSKIP("needs the obexd stand-in");
+        QVERIFY2(IsStandIn(), "run this under tests/bluetooth/run-with-mock-buses");
         ClearReceived();
         QTemporaryDir dir;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -272,8 +270,7 @@ private slots:
     // when the phone cannot be reached; the user gets the message for that.
     void realObexdWithoutRadio()
     {
-        if (IsStandIn())
-            QSKIP("needs the installed obexd (run-with-mock-buses --real-obexd)");
+        QVERIFY2(!IsStandIn(), "run this under tests/bluetooth/run-with-mock-buses --real-obexd");
         QTemporaryDir dir;
         UploadRequest request;
         request.Connection = PhoneConnection::Bluetooth;
