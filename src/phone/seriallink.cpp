@@ -332,9 +332,21 @@ bool SerialLink::NextByte(char &byte)
                 return true;
             }
         }
-        // An error (the port went away) ends the wait at once, like a time-out.
-        if (deadline.hasExpired() || !m_device->waitForReadyRead(int(deadline.remainingTime())))
-            return m_device->bytesAvailable() > 0 ? NextByte(byte) : false;
+        if (m_cancel && m_cancel->load())
+            return false;
+        // With a cancel flag the wait goes in slices, so that a cancel is seen
+        // soon; a slice that ran out is no reason to stop. An error (the port
+        // went away) ends the wait at once, like a time-out.
+        const qint64 slice = m_cancel ? std::min<qint64>(deadline.remainingTime(), CancelCheckMs)
+                                      : deadline.remainingTime();
+        if (deadline.hasExpired() || !m_device->waitForReadyRead(int(slice))) {
+            if (m_device->bytesAvailable() > 0)
+                return NextByte(byte);
+            const bool sliceOver = m_port && m_port->error() == QSerialPort::TimeoutError;
+            if (deadline.hasExpired() || !m_cancel || !sliceOver)
+                return false;
+            m_port->clearError();
+        }
     }
 }
 
