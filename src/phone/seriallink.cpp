@@ -334,16 +334,17 @@ bool SerialLink::NextByte(char &byte)
         }
         if (m_cancel && m_cancel->load())
             return false;
-        // With a cancel flag the wait goes in slices, so that a cancel is seen
-        // soon; a slice that ran out is no reason to stop. An error (the port
-        // went away) ends the wait at once, like a time-out.
-        const qint64 slice = m_cancel ? std::min<qint64>(deadline.remainingTime(), CancelCheckMs)
-                                      : deadline.remainingTime();
+        // With a cancel flag a port waits in slices, so that a cancel is seen
+        // soon; a slice that ran out is no reason to stop (only a port tells
+        // that from an error). An error (the port went away) ends the wait at
+        // once, like a time-out.
+        const bool sliced = m_cancel && m_port;
+        const qint64 slice = sliced ? std::min<qint64>(deadline.remainingTime(), CancelCheckMs)
+                                    : deadline.remainingTime();
         if (deadline.hasExpired() || !m_device->waitForReadyRead(int(slice))) {
             if (m_device->bytesAvailable() > 0)
                 return NextByte(byte);
-            const bool sliceOver = m_port && m_port->error() == QSerialPort::TimeoutError;
-            if (deadline.hasExpired() || !m_cancel || !sliceOver)
+            if (deadline.hasExpired() || !sliced || m_port->error() != QSerialPort::TimeoutError)
                 return false;
             m_port->clearError();
         }

@@ -96,8 +96,9 @@ public:
 
     void SetReadTimeout(int milliseconds);
     [[nodiscard]] int ReadTimeout() const { return m_readTimeoutMs; }
-    // While set, a read that waits for a byte ends within CancelCheckMs once
-    // the flag turns true, as if its time-out had passed. The flag may be set
+    // While set, a read from a port opened by OpenPort that waits for a byte
+    // ends within CancelCheckMs once the flag turns true, as if its time-out
+    // had passed. The flag may be set
     // from any thread or a signal handler; nullptr waits the full time-out.
     void SetCancelFlag(const std::atomic<bool> *flag) { m_cancel = flag; }
 
