@@ -7,13 +7,16 @@
 #include "support/nativefile.h"
 
 #include <QApplication>
+#include <QIcon>
 
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Padmapper"));
     QApplication::setApplicationVersion(QStringLiteral(PADMAPPER_VERSION));
-    QApplication::setDesktopFileName(QStringLiteral("padmapper"));
+    QApplication::setDesktopFileName(QStringLiteral("io.github.padmapper.Padmapper"));
+    // Every window of the program, the settings and upload windows too.
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/padmapper.svg")));
     DeleteTempFilesOnTermination();
     DeleteStaleTempFiles(); // those of earlier runs that were killed
 

@@ -15,6 +15,7 @@ enum class BluetoothText {
     Unreachable,
     Refused,
     TimedOut,
+    TransferDropped, // the second line of PutFailed
     Count
 };
 
@@ -35,6 +36,8 @@ inline constexpr auto BluetoothTexts = UiTextTable<BluetoothText>({
      u"within range, then send it again."},
     {BluetoothText::TimedOut, u"Errors", u"PhoneTimedOut",
      u"The phone %d did not answer in time.%nCheck that it is switched on and within range, then try again."},
+    {BluetoothText::TransferDropped, u"Errors", u"TransferDropped",
+     u"the Bluetooth file service dropped the transfer"},
 });
 
 inline QString LanguageText(BluetoothText text)

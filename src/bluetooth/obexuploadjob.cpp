@@ -288,7 +288,7 @@ void ObexUploadJob::TakeTransferChanges(const QVariantMap &changes)
 
 void ObexUploadJob::TransferGone()
 {
-    Fail(ObexUploadError::Failed, u"the Bluetooth file service dropped the transfer"_s);
+    Fail(ObexUploadError::Failed, LanguageText(BluetoothText::TransferDropped));
 }
 
 void ObexUploadJob::Fail(ObexUploadError error, const QString &detail)

@@ -28,6 +28,8 @@ int RunShow(const QString &path)
         failed = ReadKeymapText(keymap, path, false, &errors);
     }
     WriteStdout(ToAnsi(WriteKeymapText(keymap) + "\r\n"_L1));
+    if (const QString note = KeymapReadNote(errors); !note.isEmpty())
+        WriteStderr(note);
     if (!failed)
         return ExitStatus::Success;
     WriteStderr(ReportKeymapErrors(errors));

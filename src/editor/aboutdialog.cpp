@@ -33,13 +33,14 @@ AboutDialog::AboutDialog(QWidget *parent) : QDialog(parent)
     title->setFont(big);
 
     auto *what = new QLabel(this);
-    what->setText(u"Editor for the remote-control profiles of Sony Ericsson phones."_s);
+    what->setText(LanguageText(EditorText::AboutDescription));
     what->setWordWrap(true);
     auto *version = new QLabel(VersionText(), this);
     version->setTextInteractionFlags(Qt::TextSelectableByMouse);
 
     m_link = new QLabel(this);
-    m_link->setText(u"<a href=\"%1\">GNU General Public License, version 3 or later</a>"_s.arg(LicenceUrl));
+    m_link->setText(u"<a href=\"%1\">%2</a>"_s.arg(LicenceUrl,
+                                                   LanguageText(EditorText::AboutLicence).toHtmlEscaped()));
     m_link->setTextFormat(Qt::RichText);
     m_link->setTextInteractionFlags(Qt::TextBrowserInteraction);
     m_link->setOpenExternalLinks(true);

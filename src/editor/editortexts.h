@@ -76,6 +76,9 @@ enum class EditorText {
     LoadKeymapCaption,
     SavePictureCaption,
     FileFilter,
+    // the about window
+    AboutDescription,
+    AboutLicence,
     Count
 };
 
@@ -145,6 +148,9 @@ inline constexpr auto EditorTexts = UiTextTable<EditorText>({
     {EditorText::LoadKeymapCaption, u"CommonDialog", u"Caption_LoadKeymap", u"Load Keymap"},
     {EditorText::SavePictureCaption, u"CommonDialog", u"Caption_SavePicture", u"Save Picture as..."},
     {EditorText::FileFilter, u"CommonDialog", u"Filter_File", u"File"},
+    {EditorText::AboutDescription, u"MainWindow", u"About_Description",
+     u"Editor for the remote-control profiles of Sony Ericsson phones."},
+    {EditorText::AboutLicence, u"MainWindow", u"About_Licence", u"GNU General Public License, version 3 or later"},
 });
 
 inline QString LanguageText(EditorText text)

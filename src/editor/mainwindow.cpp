@@ -16,6 +16,8 @@
 #include "profile/document.h"
 #include "profile/picture.h"
 #include "profile/tempfiles.h"
+#include "readmeview.h"
+#include "settings/qtlanguage.h"
 #include "settings/readme.h"
 #include "settingswindow.h"
 #include "support/nativefile.h"
@@ -25,7 +27,6 @@
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QDesktopServices>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFontDatabase>
@@ -196,6 +197,7 @@ void MainWindow::Startup(const QStringList &arguments)
     if (!BluetoothAvailable())
         m_settings.Connection = PhoneConnection::Serial;
     SetLanguage(m_settings.Language);
+    ApplyQtLanguage();
     ApplyMainWindowLanguage();
     if (m_settings.Left > 0)
         move(m_settings.Left, y());
@@ -452,9 +454,7 @@ void MainWindow::About()
 
 void MainWindow::OpenReadme()
 {
-    const QString path = ReadmePath();
-    if (!path.isEmpty())
-        QDesktopServices::openUrl(QUrl::fromLocalFile(path));
+    ShowReadme(ReadmePath(), this);
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent *event)
@@ -489,6 +489,7 @@ void MainWindow::TakeStoredSettings()
         // A new language shows at once.
         m_settings.Language = stored.Language;
         SetLanguage(m_settings.Language);
+        ApplyQtLanguage();
         ApplyMainWindowLanguage();
     }
 }

@@ -221,10 +221,10 @@ std::optional<QString> ReadKeymapFile(const QString &path, KeymapReadErrors &err
         return FromAnsi(bytes);
     if (error.Problem == FileProblem::Missing) {
         errors.InternalErrorNumber = ErrorFileNotFound;
-        errors.InternalErrorDescription = u"File not found"_s;
+        errors.InternalErrorDescription = LanguageText(KeymapText::FileNotFound);
     } else {
         errors.InternalErrorNumber = ErrorPathFileAccess;
-        errors.InternalErrorDescription = u"Path/File access error"_s;
+        errors.InternalErrorDescription = LanguageText(KeymapText::FileAccessError);
         errors.File = error.Any() ? error : FileError{FileProblem::Other, path, EIO};
     }
     return std::nullopt;
@@ -234,7 +234,7 @@ KeymapReadErrors KeymapTooLarge(const QString &path)
 {
     KeymapReadErrors errors;
     errors.InternalErrorNumber = ErrorOutOfMemory;
-    errors.InternalErrorDescription = u"Out of memory"_s;
+    errors.InternalErrorDescription = LanguageText(KeymapText::OutOfMemory);
     errors.File = FileError{FileProblem::TooLarge, path, 0};
     return errors;
 }
@@ -258,6 +258,7 @@ bool ReadKeymapText(Keymap &keymap, const QString &source, bool isText, KeymapRe
         start = end + LineEnd.size();
     }
     found.List = reader.TakeErrors();
+    found.LineEndsNotCrLf = !text.contains(LineEnd) && (text.contains(u'\n') || text.contains(u'\r'));
 
     const bool any = found.Any();
     if (errors)
@@ -276,6 +277,11 @@ QString KeymapReadSummary(const KeymapReadErrors &errors)
                                   + QString::number(errors.InternalErrorNumber) + u' '
                                   + errors.InternalErrorDescription,
                               errors.File);
+}
+
+QString KeymapReadNote(const KeymapReadErrors &errors)
+{
+    return errors.LineEndsNotCrLf ? LanguageText(KeymapText::LineEndsNotCrLf) : QString();
 }
 
 QString KeymapReadErrorTitle()

@@ -21,6 +21,9 @@ struct KeymapReadErrors
     QString InternalErrorDescription;
     // Why the file could not be read, when the number alone does not say.
     FileError File;
+    // Lines end in LF or CR alone, so the whole text was one line: no error
+    // (such a keymap reads as empty), but worth a note to the user.
+    bool LineEndsNotCrLf = false;
 
     bool Any() const { return !List.isEmpty() || InternalErrorNumber != 0; }
 };
@@ -47,6 +50,9 @@ KeymapReadErrors KeymapTooLarge(const QString &path);
 
 // The text of the message box that reports a read with errors (localised).
 QString KeymapReadSummary(const KeymapReadErrors &errors);
+// The note for a read that found no error yet did not go as the user would
+// expect (localised), "" when there is none.
+QString KeymapReadNote(const KeymapReadErrors &errors);
 // Its title (localised).
 QString KeymapReadErrorTitle();
 

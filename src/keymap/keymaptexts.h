@@ -18,6 +18,10 @@ enum class KeymapText {
     ReadErrorTitle,
     ReportNotWritten,
     ReportWrittenTo,
+    FileNotFound, // descriptions of the internal error numbers
+    FileAccessError,
+    OutOfMemory,
+    LineEndsNotCrLf,
     Count
 };
 
@@ -34,6 +38,12 @@ inline constexpr auto KeymapTexts = UiTextTable<KeymapText>({
     {KeymapText::ReportNotWritten, u"Errors", u"ReportNotWritten",
      u"The error report LastReadingError.txt could not be written."},
     {KeymapText::ReportWrittenTo, u"Errors", u"ReportWrittenTo", u"The error report was written to %f"},
+    {KeymapText::FileNotFound, u"Errors", u"Runtime53", u"File not found"},
+    {KeymapText::FileAccessError, u"Errors", u"Runtime75", u"Path/File access error"},
+    {KeymapText::OutOfMemory, u"Errors", u"Runtime7", u"Out of memory"},
+    {KeymapText::LineEndsNotCrLf, u"Errors", u"LineEnds",
+     u"The lines of this keymap do not end with CR LF, so its keys were not read. Save it with Windows line ends "
+     u"and open it again."},
 });
 
 inline QString LanguageText(KeymapText text)

@@ -178,10 +178,14 @@ UploadResult ProfileUpload::Transfer()
     if (ended(Pause()))
         return failed();
     Status(LanguageText(PhoneText::Initiating));
+    // A silent phone would hold Abort for a whole read time-out here; once in
+    // OBEX, Abort waits for the current packet's answer instead.
+    m_link.SetCancelFlag(&m_abort);
     AtResponse answer = m_link.SendAtCommand(u"AT*EOBEX"_s);
     // Phones without the vendor command take the standard one.
-    if (answer.Raw.contains("ERROR"_L1))
+    if (answer.Raw.contains("ERROR"_L1) && !IsAborted())
         answer = m_link.SendAtCommand(u"AT+CPROT=0"_s);
+    m_link.SetCancelFlag(nullptr);
     if (answer.Raw.isEmpty())
         Fail(UploadError::PhoneSilent);
     else if (!answer.Raw.contains("CONNECT"_L1))

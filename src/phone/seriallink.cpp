@@ -332,9 +332,22 @@ bool SerialLink::NextByte(char &byte)
                 return true;
             }
         }
-        // An error (the port went away) ends the wait at once, like a time-out.
-        if (deadline.hasExpired() || !m_device->waitForReadyRead(int(deadline.remainingTime())))
-            return m_device->bytesAvailable() > 0 ? NextByte(byte) : false;
+        if (m_cancel && m_cancel->load())
+            return false;
+        // With a cancel flag a port waits in slices, so that a cancel is seen
+        // soon; a slice that ran out is no reason to stop (only a port tells
+        // that from an error). An error (the port went away) ends the wait at
+        // once, like a time-out.
+        const bool sliced = m_cancel && m_port;
+        const qint64 slice = sliced ? std::min<qint64>(deadline.remainingTime(), CancelCheckMs)
+                                    : deadline.remainingTime();
+        if (deadline.hasExpired() || !m_device->waitForReadyRead(int(slice))) {
+            if (m_device->bytesAvailable() > 0)
+                return NextByte(byte);
+            if (deadline.hasExpired() || !sliced || m_port->error() != QSerialPort::TimeoutError)
+                return false;
+            m_port->clearError();
+        }
     }
 }
 

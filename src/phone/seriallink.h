@@ -7,6 +7,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <atomic>
 #include <memory>
 
 class QIODevice;
@@ -21,6 +22,8 @@ Q_DECLARE_LOGGING_CATEGORY(lcPhoneWire)
 inline constexpr int DefaultReadTimeoutMs = 5000;
 inline constexpr int WriteTimeoutPerByteMs = 10;
 inline constexpr int WriteTimeoutConstantMs = 100;
+// How often a waiting read looks at its cancel flag.
+inline constexpr int CancelCheckMs = 50;
 
 // One AT answer may not grow beyond this, far above anything a phone answers
 // (a few hundred bytes); a phone that streams without ever ending a line gets
@@ -93,6 +96,11 @@ public:
 
     void SetReadTimeout(int milliseconds);
     [[nodiscard]] int ReadTimeout() const { return m_readTimeoutMs; }
+    // While set, a read from a port opened by OpenPort that waits for a byte
+    // ends within CancelCheckMs once the flag turns true, as if its time-out
+    // had passed. The flag may be set
+    // from any thread or a signal handler; nullptr waits the full time-out.
+    void SetCancelFlag(const std::atomic<bool> *flag) { m_cancel = flag; }
 
     // Writes all bytes within the write time-out; false when the link is not
     // open or not every byte went out.
@@ -120,6 +128,7 @@ private:
     PortOpenError m_openError = PortOpenError::None;
     PortHolder m_holder;
     int m_readTimeoutMs = DefaultReadTimeoutMs;
+    const std::atomic<bool> *m_cancel = nullptr;
     QByteArray m_pending;
     qsizetype m_pendingPos = 0;
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "document.h"
 #include "picture.h"
+#include "profiletexts.h"
 
 #include "keymap/keymapreader.h"
 #include "settings/commontexts.h"
@@ -80,6 +81,9 @@ bool Document::ReadKeymap(const QString &source, bool isText, KeymapReadErrors f
     }
     if (ReadKeymapText(m_keymap, *text, true, &fetched))
         report(fetched);
+    if (const QString note = KeymapReadNote(fetched); !note.isEmpty())
+        emit MessageRaised(DocumentMessage{note, LanguageText(ProfileText::NoteTitle),
+                                           DocumentMessage::Icon::Exclamation});
     emit KeymapReplaced();
     return true;
 }

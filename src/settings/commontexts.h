@@ -15,6 +15,7 @@ enum class CommonText {
     FileTooLarge,
     Unnamed, // a document that has no file yet
     CreatingFileFailed, // writing a temporary file
+    Locale, // of the language file, for Qt's own texts; no built-in value
     Count
 };
 
@@ -27,6 +28,7 @@ inline constexpr auto CommonTexts = UiTextTable<CommonText>({
     {CommonText::FileTooLarge, u"Errors", u"FileTooLarge", u"the file is too large"},
     {CommonText::Unnamed, u"CommonDialog", u"File_Unnamed", u"Unnamed"},
     {CommonText::CreatingFileFailed, u"Errors", u"8", u"Creating File failed !"},
+    {CommonText::Locale, u"Language", u"Locale", u""},
 });
 
 inline QString LanguageText(CommonText text)

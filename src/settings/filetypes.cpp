@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr auto DesktopId = "padmapper.desktop"_L1;
+constexpr auto DesktopId = "io.github.padmapper.Padmapper.desktop"_L1;
 constexpr auto ProfileMime = "application/x-padmapper-profile"_L1;
 constexpr auto KeymapMime = "application/x-padmapper-keymap"_L1;
 constexpr auto DefaultsSection = "[Default Applications]"_L1;

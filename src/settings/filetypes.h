@@ -20,7 +20,7 @@ public:
     FileTypes(const QString &programPath, const QString &dataHome = {}, const QString &configHome = {});
 
     // The class a type is bound to while the program owns it: "PMX_hidfile" /
-    // "PMX_kcffile" on Windows, "padmapper.desktop" elsewhere.
+    // "PMX_kcffile" on Windows, "io.github.padmapper.Padmapper.desktop" elsewhere.
     QString OwnClass(FileType type) const;
 
     // Writes the program's own classes (open command and icon; elsewhere the

@@ -29,14 +29,19 @@ constexpr std::array<LanguageReadme, 7> Readmes = {{
 
 } // namespace
 
-QString ReadmeFileName(const QString &languagePath)
+QString LanguageName(const QString &languagePath)
 {
     // The name after the last separator of either kind, without its extension.
     QString name = languagePath.mid(std::max(languagePath.lastIndexOf(u'\\'), languagePath.lastIndexOf(u'/')) + 1);
     const qsizetype dot = name.lastIndexOf(u'.');
     if (dot >= 0)
         name.truncate(dot);
-    name = name.toLower();
+    return name.toLower();
+}
+
+QString ReadmeFileName(const QString &languagePath)
+{
+    const QString name = LanguageName(languagePath);
     for (const LanguageReadme &readme : Readmes) {
         if (readme.Language == name)
             return readme.File;

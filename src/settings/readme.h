@@ -3,6 +3,10 @@
 
 #include <QString>
 
+// The language's name: the language file's name without folder and extension,
+// in lower case ("C:\\Program\\Deutsch.lng" gives "deutsch").
+QString LanguageName(const QString &languagePath);
+
 // The readme file of a language: the language's name is the language file's
 // name without folder and extension, in lower case ("deutsch" gives
 // "Readme.txt"; every unknown name, "" included, "Readme_en.txt").

@@ -96,6 +96,9 @@ private slots:
             "By reading of the following keys raised an error:\n");
         row("show a keymap beyond 256 MB", u"show %1/huge.kcf"_s, 1,
             "Programinternal Error:\n7 Out of memory\n%1/huge.kcf: the file is too large\n");
+        // Read as one line, hence as no key: no error, but the user is told why.
+        row("show a keymap with LF line ends", u"show %1/lf.kcf"_s, 0,
+            "The lines of this keymap do not end with CR LF");
         row("show a profile without entries", u"show %1/empty.hid"_s, 1, "The Archive contained no Files !");
         row("extract a cut entry", u"extract %1/cut.hid 2 %1/x"_s, 1,
             "padmapper-cli: entry 2 of %1/cut.hid is cut short");
@@ -126,6 +129,7 @@ private slots:
         // k.tar: a tar with only the keymap.
         QCOMPARE(RunProgram(u"tar"_s, {u"-cf"_s, u"k.tar"_s, u"k.kcf"_s}, dir.path()).Status, 0);
         QVERIFY(WriteFile(dir.filePath(u"empty.hid"_s), QByteArray(1024, '\0')));
+        QVERIFY(WriteFile(dir.filePath(u"lf.kcf"_s), ReadAll(m_example).replace("\r\n", "\n")));
         QVERIFY(WriteFile(dir.filePath(u"huge.kcf"_s), {})
                 && QFile::resize(dir.filePath(u"huge.kcf"_s), (256 << 20) + 1));
         // cut.hid: the profile without its end block and the keymap's last ten bytes.

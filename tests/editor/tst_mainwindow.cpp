@@ -10,6 +10,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDialogButtonBox>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -260,9 +261,14 @@ private slots:
     }
 
     // The language file at start, and the one chosen in the settings later,
-    // apply to the whole window at once.
+    // apply to the whole window at once, Qt's own texts included (the file
+    // names no locale: its name says German).
     void languageFileAppliesToTheWindow()
     {
+        const auto qtTexts = [] {
+            return std::pair(QDialogButtonBox(QDialogButtonBox::Cancel).button(QDialogButtonBox::Cancel)->text(),
+                             QKeySequence(QKeySequence::Open).toString(QKeySequence::NativeText));
+        };
         QVERIFY(WriteFile(
             Path(u"Deutsch.lng"_s),
             "[MainWindow]\r\nFrame=Funktion der Taste:\r\nButton_SaveProfile=Profil speichern\r\n"
@@ -274,10 +280,12 @@ private slots:
         window.RefreshKeyDisplay(PhoneKeys::Lsk);
         QCOMPARE(window.Editor()->title(), u"Funktion der Taste: \"Links\""_s);
         QCOMPARE(ToolTip(PhoneKeys::Up), u" Maus hoch "_s);
+        QCOMPARE(qtTexts(), std::pair(u"Abbrechen"_s, u"Strg+O"_s));
         m_dialogs->OnConfigurePort = [this] { m_store->WriteLanguage(QString()); };
         window.OpenSettings();
         QCOMPARE(std::pair(window.windowTitle(), ToolTip(PhoneKeys::Up)),
                  std::pair(u"Unnamed - Padmapper"_s, u" - "_s));
+        QCOMPARE(qtTexts(), std::pair(u"Cancel"_s, u"Ctrl+O"_s));
     }
 };
 

@@ -137,8 +137,9 @@ private slots:
         QCOMPARE(m_types->BoundClass(FileType::Profile), u"ark.desktop"_s);
         QCOMPARE(m_store->String(u"LasthidClass"_s), u"ark.desktop"_s);
         QCOMPARE(choose(true, true), std::pair(false, false));
-        QCOMPARE(m_types->BoundClass(FileType::Profile), u"padmapper.desktop"_s);
-        QVERIFY(ReadAll(m_types->MimeAppsListPath()).contains("application/x-padmapper-keymap=padmapper.desktop;"));
+        QCOMPARE(m_types->BoundClass(FileType::Profile), u"io.github.padmapper.Padmapper.desktop"_s);
+        QVERIFY(ReadAll(m_types->MimeAppsListPath())
+                    .contains("application/x-padmapper-keymap=io.github.padmapper.Padmapper.desktop;"));
         QCOMPARE(choose(false, false), std::pair(true, true));
         QCOMPARE(m_types->BoundClass(FileType::Profile), u"ark.desktop"_s);
         QCOMPARE(m_types->BoundClass(FileType::Keymap), QString());

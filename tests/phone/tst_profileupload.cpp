@@ -55,13 +55,14 @@ struct Outcome
     QStringList ProgressLines;
     QStringList ExpectedLines;
     int Finished = 0;
+    qint64 AbortToFinishMs = -1;
     bool OffThread = false; // a report not on the thread that made the job, or from within Start()
 };
 
 // Runs one upload through the serial job, which works on a thread of its own
 // and reports on this one. tweak "abort" presses Abort at the second progress
 // event, "destroy" drops the job at the first, "abort first" aborts before
-// Start().
+// Start(), "Abort while silent" at the AT command's status line.
 Outcome Upload(const UploadRequest &request, const QString &tweak)
 {
     Outcome outcome;
@@ -76,6 +77,10 @@ Outcome Upload(const UploadRequest &request, const QString &tweak)
         note();
         outcome.Statuses << text;
         outcome.StatusTimes << clock.elapsed();
+        if (outcome.Statuses.size() == 3 && tweak == "Abort while silent"_L1) {
+            job->Abort();
+            outcome.AbortToFinishMs = clock.elapsed();
+        }
     });
     QObject::connect(
         job.get(), &UploadJob::ProgressChanged, [&](qint64 bytesSent, qint64, qint32 rate, const QString &text) {
@@ -90,6 +95,7 @@ Outcome Upload(const UploadRequest &request, const QString &tweak)
         note();
         outcome.Result = result;
         ++outcome.Finished;
+        outcome.AbortToFinishMs = clock.elapsed() - outcome.AbortToFinishMs;
     });
     if (tweak == "abort first"_L1)
         job->Abort();
@@ -219,6 +225,8 @@ private slots:
         row("aborted", {.LineBps = 115200}, 20000, UploadResult::Aborted, {}, 1, u"abort"_s);
         row("destroyed", {.LineBps = 115200}, 20000, UploadResult::Aborted, {}, 1, u"destroy"_s);
         row("aborted before it starts", {}, 20000, UploadResult::Aborted, {}, 0, u"abort first"_s);
+        row("aborted while the phone is silent", {.Eobex = A::Silent}, 1, UploadResult::Aborted, {}, 1,
+            u"Abort while silent"_s);
         // Refused before the port is opened.
         row("no speed", {}, 1, failed, u"The COM-Port is not set. Please check the settings !"_s, 0, u"no speed"_s);
         row("copy not written", {}, 1, failed, u"Creating File failed !"_s, 0, u"no copy"_s);
@@ -247,6 +255,8 @@ private slots:
         request.RemoteName = name;
         if (tweak == "usual pause"_L1)
             request.OpenPauseMs = UploadRequest().OpenPauseMs;
+        else if (tweak == "Abort while silent"_L1) // Abort does not wait out the read time-out
+            request.ReadTimeoutMs = DefaultReadTimeoutMs;
         else if (tweak == "no speed"_L1)
             request.Speed = 0;
         else if (tweak == "no copy"_L1 && QFile::remove(copy))
@@ -276,6 +286,8 @@ private slots:
             const qint64 pause = outcome.StatusTimes.value(2) - outcome.StatusTimes.value(1);
             QVERIFY2(pause >= 900 && pause < 1500, QByteArray::number(pause));
         }
+        if (tweak == "Abort while silent"_L1) // within 0.5 s, give or take the queued reports' delivery
+            QVERIFY2(outcome.AbortToFinishMs < 500, QByteArray::number(outcome.AbortToFinishMs));
         if (result != UploadResult::Succeeded)
             return;
         const QStringList expected = {

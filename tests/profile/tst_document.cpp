@@ -56,6 +56,8 @@ const Row Rows[] = {
     {"open tar archive", OnKeymap, true, Open, "t.tar", true, "t.tar", false, "t.png", "t.tar"},
     {"open keymap: IsSaved stays changed", OnProfile, true, Open, "k.kcf", false, "k.kcf", true, "", "k.kcf"},
     {"open keymap: IsSaved stays saved", OnProfile, false, Open, "k.kcf", true, "k.kcf", true, "", "k.kcf"},
+    {"open keymap with LF line ends: no keys, a note", OnProfile, true, Open, "lf.kcf", false, "lf.kcf", true, "", "",
+     1},
     {"open picture: left alone", OnProfile, true, Open, "pic.png", false, "p.hid", false, "p.png", "edited"},
     {"open missing profile", OnProfile, true, Open, "no.hid", false, "p.hid", false, "p.png", "edited", 1},
     {"open missing keymap", OnProfile, true, Open, "no.kcf", false, "p.hid", false, "p.png", "edited", 1},
@@ -104,8 +106,8 @@ private:
     QString Path(const char *name) const { return *name ? m_dir->filePath(QString::fromLatin1(name)) : QString(); }
 
 private slots:
-    // p.hid with the picture p.png, t.tar alike, k.kcf, a picture, a text file
-    // and a folder dir.kcf.
+    // p.hid with the picture p.png, t.tar alike, k.kcf and lf.kcf (LF line
+    // ends), a picture, a text file and a folder dir.kcf.
     void init()
     {
         m_dir = std::make_unique<QTemporaryDir>();
@@ -120,6 +122,7 @@ private slots:
         Keymap keymap;
         keymap[PhoneKeys::Digit1] = Marked(u"k.kcf"_s);
         QVERIFY(WriteKeymapText(keymap, Path("k.kcf")) && WriteFile(Path("notes.txt"), "notes"));
+        QVERIFY(WriteFile(Path("lf.kcf"), ReadAll(Path("k.kcf")).replace("\r\n", "\n")));
         QVERIFY(QDir().mkpath(Path("dir.kcf")));
     }
     void cleanupTestCase() { DeleteTempFiles(); }
