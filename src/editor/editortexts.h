@@ -76,6 +76,13 @@ enum class EditorText {
     LoadKeymapCaption,
     SavePictureCaption,
     FileFilter,
+    // the printable overview
+    MenuPrint,
+    MenuOverview,
+    PrintCaption,
+    SaveOverviewCaption,
+    OverviewPdfFilter,
+    OverviewPngFilter,
     Count
 };
 
@@ -145,6 +152,12 @@ inline constexpr auto EditorTexts = UiTextTable<EditorText>({
     {EditorText::LoadKeymapCaption, u"CommonDialog", u"Caption_LoadKeymap", u"Load Keymap"},
     {EditorText::SavePictureCaption, u"CommonDialog", u"Caption_SavePicture", u"Save Picture as..."},
     {EditorText::FileFilter, u"CommonDialog", u"Filter_File", u"File"},
+    {EditorText::MenuPrint, u"MainWindow", u"Menu_Print", u"&Print..."},
+    {EditorText::MenuOverview, u"MainWindow", u"Menu_Overview", u"&Overview..."},
+    {EditorText::PrintCaption, u"CommonDialog", u"Caption_Print", u"Print Overview"},
+    {EditorText::SaveOverviewCaption, u"CommonDialog", u"Caption_SaveOverview", u"Save Overview as..."},
+    {EditorText::OverviewPdfFilter, u"CommonDialog", u"Filter_pdf", u"PDF Documents (*.pdf)"},
+    {EditorText::OverviewPngFilter, u"CommonDialog", u"Filter_png", u"PNG Pictures (*.png)"},
 });
 
 inline QString LanguageText(EditorText text)
