@@ -17,6 +17,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <memory>
 
@@ -74,6 +75,15 @@ Options:
 
 Exit status: 0 success, 1 failure, 2 usage error.)"_s;
 
+// Qt's messages as Qt writes them, but for the note that the session has no
+// runtime folder: the offscreen platform asks for one that drawing into a file
+// never uses, and the note would only puzzle.
+void QuietAboutRuntimeFolder(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (!message.startsWith("QStandardPaths: XDG_RUNTIME_DIR"_L1))
+        std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, message)));
+}
+
 int UsageError(const QString &message)
 {
     Complain(message);
@@ -93,6 +103,7 @@ int main(int argc, char *argv[])
     std::unique_ptr<QCoreApplication> app;
     if (draws) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
+        qInstallMessageHandler(QuietAboutRuntimeFolder);
         app = std::make_unique<QGuiApplication>(argc, argv);
     } else {
         app = std::make_unique<QCoreApplication>(argc, argv);

@@ -76,8 +76,8 @@ std::unique_ptr<QTextLayout> WrapParagraph(const QString &text, const QFont &fon
     if (layout->lineCount() <= MostLinesPerParagraph)
         return layout;
     const int cut = layout->lineAt(MostLinesPerParagraph - 1).textStart();
-    const QString shortened =
-        text.left(cut) + QFontMetricsF(font).elidedText(text.mid(cut), Qt::ElideRight, width * 0.98);
+    const QString shortened = text.left(cut)
+                              + QFontMetricsF(font).elidedText(text.mid(cut), Qt::ElideRight, width * 0.98);
     return WrapParagraph(shortened, font, formats, width, alignment);
 }
 
@@ -103,11 +103,11 @@ void LayOutLabel(LabelBlock &block, const OverviewLabel &label, qreal fontPixels
     name.setFontWeight(QFont::Normal);
     QList<QTextLayout::FormatRange> formats{{0, static_cast<int>(label.KeyName.size()), name}};
     block.Paragraphs.clear();
-    block.Paragraphs.push_back(
-        WrapParagraph(first, OverviewFont(fontPixels, QFont::DemiBold), formats, width, alignment));
+    block.Paragraphs.push_back(WrapParagraph(first, OverviewFont(fontPixels, QFont::DemiBold), formats, width,
+                                             alignment));
     if (!label.Comment.isEmpty())
-        block.Paragraphs.push_back(
-            WrapParagraph(label.Comment, OverviewFont(fontPixels * 0.92, QFont::Normal, true), {}, width, alignment));
+        block.Paragraphs.push_back(WrapParagraph(label.Comment, OverviewFont(fontPixels * 0.92, QFont::Normal, true),
+                                                 {}, width, alignment));
     block.Height = 0;
     for (const auto &paragraph : block.Paragraphs)
         block.Height += paragraph->boundingRect().height();
@@ -183,8 +183,8 @@ std::array<QRectF, PhoneKeys::Count> KeyContents(const QRectF &target)
     for (PhoneKey key = 0; key < PhoneKeys::Count; ++key) {
         const PhoneLayout::Key &placed = layout.Keys.at(static_cast<std::size_t>(key));
         const QRectF content = placed.Content.translated(placed.Geometry.topLeft());
-        contents.at(static_cast<std::size_t>(key)) =
-            QRectF(target.topLeft() + content.topLeft() * scale, content.size() * scale);
+        contents.at(static_cast<std::size_t>(key)) = QRectF(target.topLeft() + content.topLeft() * scale,
+                                                            content.size() * scale);
     }
     return contents;
 }
@@ -258,10 +258,9 @@ void PaintOverview(QPainter &painter, const QRectF &area, const Overview &overvi
         else
             ++rightCount;
     }
-    std::sort(inMiddle.begin(), inMiddle.end(),
-              [&](PhoneKey a, PhoneKey b) {
-                  return contents.at(static_cast<std::size_t>(a)).y() < contents.at(static_cast<std::size_t>(b)).y();
-              });
+    std::sort(inMiddle.begin(), inMiddle.end(), [&](PhoneKey a, PhoneKey b) {
+        return contents.at(static_cast<std::size_t>(a)).y() < contents.at(static_cast<std::size_t>(b)).y();
+    });
     for (const PhoneKey key : inMiddle) {
         const bool left = leftCount <= rightCount;
         blocks.at(static_cast<std::size_t>(key)).LeftColumn = left;
@@ -298,7 +297,8 @@ void PaintOverview(QPainter &painter, const QRectF &area, const Overview &overvi
     const qreal lineWidth = 0.075 * base;
     const qreal stub = 0.6 * base;
     for (const LabelBlock &block : blocks) {
-        const qreal x = block.LeftColumn ? area.left() + columnWidth + 0.3 * base : area.right() - columnWidth - 0.3 * base;
+        const qreal x = block.LeftColumn ? area.left() + columnWidth + 0.3 * base
+                                         : area.right() - columnWidth - 0.3 * base;
         const qreal y = block.Top + block.AttachY;
         QPainterPath leader(QPointF(x, y));
         leader.lineTo(QPointF(x + (block.LeftColumn ? stub : -stub), y));
