@@ -17,6 +17,7 @@
 #include <QTextLayout>
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 #include <vector>
 
@@ -27,6 +28,9 @@ namespace {
 // The phone is laid out at this many pixels to the design unit, then scaled
 // into place: fine enough that the whole pixels of the layout do not show.
 constexpr qreal PhoneLayoutScale = 10;
+// The phone's art is drawn as a picture at most this many pixels wide: about
+// 300 dpi on the page, sharp on paper and small in a PDF.
+constexpr qreal MostPhonePixels = 1100;
 // The phone's width and the labels' font size as parts of the area's width.
 constexpr qreal PhoneShare = 0.44;
 constexpr qreal LabelFontShare = 1.0 / 60;
@@ -145,26 +149,46 @@ void PaintPhone(QPainter &painter, const QRectF &target, const Overview &overvie
     const PhoneLayout layout = LayOutPhone(designPixels);
     // A light window behind the phone: paper.
     const QPalette palette{QColor(Qt::white)};
-    painter.save();
-    painter.translate(target.topLeft());
-    painter.scale(target.width() / designPixels.width(), target.height() / designPixels.height());
-    PaintPhoneBody(painter, layout.Art, palette);
+    // The body, the picture and the caps are drawn into a picture first: their
+    // sheen and reflections are gradients that fade out, which a PDF (and so a
+    // printer) would fill solid. The words on the keys stay text.
+    const qreal devicePixels = target.width() * std::sqrt(std::abs(painter.deviceTransform().determinant()));
+    const qreal artScale = std::min(devicePixels, MostPhonePixels) / designPixels.width();
+    QImage art((QSizeF(designPixels) * artScale).toSize(), QImage::Format_RGB32);
+    art.fill(Qt::white);
+    QPainter artPainter(&art);
+    artPainter.setRenderHint(QPainter::Antialiasing);
+    artPainter.setRenderHint(QPainter::SmoothPixmapTransform);
+    artPainter.scale(artScale, artScale);
+    PaintPhoneBody(artPainter, layout.Art, palette);
     if (!overview.Picture.isNull()) {
         int width = overview.Picture.width();
         int height = overview.Picture.height();
         const QRect shown = FitRect(layout.Display.width(), layout.Display.height(), width, height, false)
                                 .translated(layout.Display.topLeft());
-        painter.setRenderHint(QPainter::SmoothPixmapTransform);
-        painter.drawImage(QRectF(shown), overview.Picture);
-        painter.fillRect(shown, GlassGloss(layout.Art.Glass));
+        artPainter.drawImage(QRectF(shown), overview.Picture);
+        artPainter.fillRect(shown, GlassGloss(layout.Art.Glass));
     }
+    for (PhoneKey key = 0; key < PhoneKeys::Count; ++key) {
+        const PhoneLayout::Key &placed = layout.Keys.at(static_cast<std::size_t>(key));
+        artPainter.save();
+        artPainter.translate(placed.Geometry.topLeft());
+        PaintKeyCap(artPainter, placed.Face, KeyCapStyleOf(key), KeyCapState{}, palette, layout.Art.Unit);
+        artPainter.restore();
+    }
+    artPainter.end();
+
+    painter.save();
+    painter.translate(target.topLeft());
+    painter.scale(target.width() / designPixels.width(), target.height() / designPixels.height());
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawImage(QRectF(QPointF(0, 0), QSizeF(designPixels)), art);
     const qreal fontPixels = 100;
     const QFont font = OverviewFont(fontPixels);
     for (PhoneKey key = 0; key < PhoneKeys::Count; ++key) {
         const PhoneLayout::Key &placed = layout.Keys.at(static_cast<std::size_t>(key));
         painter.save();
         painter.translate(placed.Geometry.topLeft());
-        PaintKeyCap(painter, placed.Face, KeyCapStyleOf(key), KeyCapState{}, palette, layout.Art.Unit);
         PaintKeyFace(painter, key, placed.Content, layout.Art.Unit, KeyCapState{}, palette,
                      KeyFaceText{overview.Captions.at(static_cast<std::size_t>(key)), font, fontPixels, false});
         painter.restore();
