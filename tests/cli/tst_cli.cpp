@@ -182,7 +182,23 @@ private slots:
         for (const QString &label : labels)
             QVERIFY2(text.contains(label), qPrintable(label + u" not in\n"_s + text));
         QCOMPARE(RunCli(arguments + QStringList{png}).Status, 0);
-        QCOMPARE(QImage(png).size(), QSize(1586, 2246));
+        const QImage picture(png);
+        QCOMPARE(picture.size(), QSize(1586, 2246));
+        // The PDF shows what the PNG shows: a PDF fills fading gradients solid.
+        QCOMPARE(RunProgram(QString::fromUtf8(PADMAPPER_PDFTOPPM),
+                            {u"-png"_s, u"-r"_s, u"24"_s, u"-singlefile"_s, pdf, dir.filePath(u"page"_s)})
+                     .Status,
+                 0);
+        // Looked at from afar, where the words are grey smudges.
+        const QSize afar(50, 70);
+        const QImage page =
+            QImage(dir.filePath(u"page.png"_s)).scaled(afar, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        const QImage small = picture.scaled(afar, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        qsizetype differing = 0;
+        for (int y = 0; y < page.height(); ++y)
+            for (int x = 0; x < page.width(); ++x)
+                differing += std::abs(qGray(page.pixel(x, y)) - qGray(small.pixel(x, y))) > 48;
+        QVERIFY2(differing < 10, qPrintable(QString::number(differing)));
     }
 
 #ifdef Q_OS_UNIX
