@@ -58,9 +58,9 @@ void PhoneKeyButton::paintEvent(QPaintEvent *)
     state.Enabled = isEnabled();
     PaintCap(painter, state);
 
-    KeyFaceText text{this->text(), font(), FontPixels(*this),
+    KeyFaceText face{text(), font(), FontPixels(*this),
                      style()->styleHint(QStyle::SH_UnderlineShortcut, nullptr, this) != 0};
-    PaintKeyFace(painter, m_index, m_content, m_unit, state, palette(), text);
+    PaintKeyFace(painter, m_index, m_content, m_unit, state, palette(), face);
 }
 
 QString PhoneKeyButton::CapKey(const KeyCapState &state, qreal ratio, QPointF fraction) const
