@@ -79,6 +79,13 @@ enum class EditorText {
     // the about window
     AboutDescription,
     AboutLicence,
+    // the printable overview
+    MenuPrint,
+    MenuOverview,
+    PrintCaption,
+    SaveOverviewCaption,
+    OverviewPdfFilter,
+    OverviewPngFilter,
     Count
 };
 
@@ -151,6 +158,12 @@ inline constexpr auto EditorTexts = UiTextTable<EditorText>({
     {EditorText::AboutDescription, u"MainWindow", u"About_Description",
      u"Editor for the remote-control profiles of Sony Ericsson phones."},
     {EditorText::AboutLicence, u"MainWindow", u"About_Licence", u"GNU General Public License, version 3 or later"},
+    {EditorText::MenuPrint, u"MainWindow", u"Menu_Print", u"&Print..."},
+    {EditorText::MenuOverview, u"MainWindow", u"Menu_Overview", u"&Overview..."},
+    {EditorText::PrintCaption, u"CommonDialog", u"Caption_Print", u"Print Overview"},
+    {EditorText::SaveOverviewCaption, u"CommonDialog", u"Caption_SaveOverview", u"Save Overview as..."},
+    {EditorText::OverviewPdfFilter, u"CommonDialog", u"Filter_pdf", u"PDF Documents (*.pdf)"},
+    {EditorText::OverviewPngFilter, u"CommonDialog", u"Filter_png", u"PNG Pictures (*.png)"},
 });
 
 inline QString LanguageText(EditorText text)

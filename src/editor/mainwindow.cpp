@@ -11,6 +11,7 @@
 #include "keymap/keymapwriter.h"
 #include "keymap/keytable.h"
 #include "keymapview.h"
+#include "overviewcommands.h"
 #include "phone/profileupload.h"
 #include "phonekeypad.h"
 #include "profile/document.h"
@@ -163,6 +164,11 @@ void MainWindow::BuildMenus()
     m_exportMenu = m_fileMenu->addMenu(QString());
     m_exportPictureAction = m_exportMenu->addAction(QString(), this, &MainWindow::ExportPicture);
     m_exportKeymapAction = m_exportMenu->addAction(QString(), this, &MainWindow::ExportKeymap);
+    m_exportOverviewAction = m_exportMenu->addAction(QString(), this, [this] {
+        ExportOverview(*m_document, m_fileNames, m_dialogs, this);
+    });
+    m_printAction = m_fileMenu->addAction(QString(), this, [this] { PrintOverview(*m_document, m_dialogs, this); });
+    m_printAction->setShortcut(QKeySequence::Print);
     m_fileMenu->addSeparator();
     m_uploadAction = m_fileMenu->addAction(QString(), this, &MainWindow::SendProfile);
     m_viewKeymapAction = m_fileMenu->addAction(QString(), this, &MainWindow::ViewKeymap);
@@ -243,6 +249,8 @@ void MainWindow::ApplyMainWindowLanguage()
     m_exportMenu->setTitle(LanguageText(EditorText::MenuExport));
     m_exportPictureAction->setText(LanguageText(EditorText::MenuPicture));
     m_exportKeymapAction->setText(LanguageText(EditorText::MenuKeymap));
+    m_exportOverviewAction->setText(LanguageText(EditorText::MenuOverview));
+    m_printAction->setText(LanguageText(EditorText::MenuPrint));
     m_uploadAction->setText(LanguageText(EditorText::MenuFileUpload));
     m_viewKeymapAction->setText(LanguageText(EditorText::MenuViewKeymap));
     m_settingsAction->setText(LanguageText(EditorText::MenuSettings));

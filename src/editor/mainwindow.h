@@ -129,6 +129,8 @@ private:
     QMenu *m_exportMenu = nullptr;
     QAction *m_exportPictureAction = nullptr;
     QAction *m_exportKeymapAction = nullptr;
+    QAction *m_exportOverviewAction = nullptr;
+    QAction *m_printAction = nullptr;
     QAction *m_uploadAction = nullptr;
     QAction *m_viewKeymapAction = nullptr;
     QAction *m_settingsAction = nullptr;

@@ -82,6 +82,10 @@ private slots:
         row("export picture", ProfileP, "&Export/&Picture", "out/x", "pic/p.jpg", "hid kcf out", "out/x.jpg", "p");
         row("export picture of keymap", KeymapK, "&Export/&Picture", "out/x", "", "hid kcf pic", "", "k");
         row("export keymap", ProfileP, "&Export/&Keymap", "out/x", "kcf/p.kcf", "hid out pic", "out/x.kcf", "p");
+        row("export overview", ProfileP, "&Export/&Overview...", "out/x", "hid/p.pdf", "out kcf pic", "out/x.pdf",
+            "p");
+        row("print to a file", ProfileP, "&Print...", "out/x.pdf", "", "hid kcf pic", "out/x.pdf", "p");
+        row("print cancelled", ProfileP, "&Print...", "", "", "hid kcf pic", "", "p");
     }
     void menuCommands()
     {
@@ -107,7 +111,7 @@ private slots:
         EditComment(PhoneKeys::Up, u"edited"_s);
         const qsizetype files = QDir(out).entryList(QDir::Files).size()
                                 + (written.isEmpty() || QFile::exists(Path(written)) ? 0 : 1);
-        m_dialogs->NextOpen = m_dialogs->NextSave = answer.isEmpty() ? QString() : Path(answer);
+        m_dialogs->NextOpen = m_dialogs->NextSave = m_dialogs->PrintTo = answer.isEmpty() ? QString() : Path(answer);
         m_dialogs->NextAnswer = EditorDialogs::Answer::No;
 
         QFETCH(QString, menu);
@@ -127,9 +131,11 @@ private slots:
         const Settings &settings = window.CurrentSettings();
         QCOMPARE((QStringList{settings.HidPath, settings.KcfPath, settings.PicPath}), expected);
         QCOMPARE(QDir(out).entryList(QDir::Files).size(), files);
-        if (!written.isEmpty()) // holds the document: its keys, or its picture
+        if (!written.isEmpty()) // holds the document: its keys, its picture, or its overview
             QVERIFY(ReadAll(Path(written))
-                        .contains(written.endsWith(u".jpg"_s) ? ReadAll(out + u"/Photo.JPG"_s) : "<!-- edited"_ba));
+                        .contains(written.endsWith(u".jpg"_s)   ? ReadAll(out + u"/Photo.JPG"_s)
+                                  : written.endsWith(u".pdf"_s) ? "%%EOF"_ba
+                                                                : "<!-- edited"_ba));
         QTEST(window.windowTitle(), "caption");
         QCOMPARE(window.SaveButton()->text(), keymap ? u"Save Keymap"_s : u"Save Profile"_s);
         QCOMPARE(window.SendButton()->isEnabled(), !keymap);
