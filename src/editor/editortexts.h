@@ -76,6 +76,12 @@ enum class EditorText {
     LoadKeymapCaption,
     SavePictureCaption,
     FileFilter,
+    // the Edit menu and the recent files
+    MenuEdit,
+    MenuUndo,
+    MenuRedo,
+    MenuRecent,
+    RecentFileMissing,
     Count
 };
 
@@ -145,6 +151,12 @@ inline constexpr auto EditorTexts = UiTextTable<EditorText>({
     {EditorText::LoadKeymapCaption, u"CommonDialog", u"Caption_LoadKeymap", u"Load Keymap"},
     {EditorText::SavePictureCaption, u"CommonDialog", u"Caption_SavePicture", u"Save Picture as..."},
     {EditorText::FileFilter, u"CommonDialog", u"Filter_File", u"File"},
+    {EditorText::MenuEdit, u"MainWindow", u"Menu_Edit", u"&Edit"},
+    {EditorText::MenuUndo, u"MainWindow", u"Menu_Undo", u"&Undo"},
+    {EditorText::MenuRedo, u"MainWindow", u"Menu_Redo", u"&Redo"},
+    {EditorText::MenuRecent, u"MainWindow", u"Menu_Recent", u"&Recent"},
+    {EditorText::RecentFileMissing, u"Errors", u"RecentFileMissing",
+     u"%f is no longer there. It was taken off the list of recent files."},
 });
 
 inline QString LanguageText(EditorText text)
