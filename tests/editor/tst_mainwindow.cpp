@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "editor/actioneditor.h"
+#include "editor/editmenu.h"
 #include "editor/heldkeys.h"
 #include "keymap/keyboardcapture.h"
 #include "mainwindowharness.h"
@@ -135,6 +136,10 @@ private slots:
             editor->CommentBox()->setFocus();
             QTest::keyClicks(editor->CommentBox(), u"Hoch"_s);
             QCOMPARE(action.Comment, u"UpHoch"_s);
+            QTest::keyClick(editor->CommentBox(), Qt::Key_Z, Qt::ControlModifier); // the whole word, one step
+            QCOMPARE(std::pair(action.Comment, editor->CommentBox()->text()), std::pair(u"Up"_s, u"Up"_s));
+            QVERIFY(window.Edit()->RedoAction()->isEnabled());
+            QTest::keyClicks(editor->CommentBox(), u"!"_s);
             break;
         }
         QVERIFY(!window.Doc().IsSaved());
