@@ -185,7 +185,6 @@ private slots:
         QTest::newRow("profile, No") << u"drop.hid"_s << int(EditorDialogs::Answer::No) << u"drop"_s;
         QTest::newRow("profile, Yes") << u"drop.hid"_s << int(EditorDialogs::Answer::Yes) << u"drop"_s;
         QTest::newRow("keymap, Cancel") << u"k.kcf"_s << int(EditorDialogs::Answer::Cancel) << u"Unnamed"_s;
-        QTest::newRow("keymap, No") << u"k.kcf"_s << int(EditorDialogs::Answer::No) << u"Unnamed"_s;
         QTest::newRow("picture: no question") << u"p.png"_s << -1 << u"Unnamed"_s;
     }
     void droppedFile()
@@ -229,7 +228,6 @@ private slots:
         window.OpenFile(Path(u"k.kcf"_s));
         EditComment(PhoneKeys::Digit1, u"edited"_s);
         QMenu *recent = MenuAction(*window.menuBar(), u"&File/&Recent"_s)->menu();
-        QCOMPARE(recent->actions().size(), 2);
         QCOMPARE(recent->actions().at(1)->text(), u"&2 "_s + profile);
         recent->actions().at(1)->trigger();
         QCOMPARE(m_dialogs->Questions, 1);

@@ -200,10 +200,8 @@ private slots:
         QVERIFY(!window.Keypad()->CMD(PhoneKeys::Digit1)->isEnabled());
         QCOMPARE(window.Editor()->MessageLabel()->text(), u"Please press the keys on the keyboard..."_s);
         QVERIFY(!window.close()); // not while counting
-        if (undo == 2) {
-            QTest::keyClick(snapshot, Qt::Key_Z, Qt::ControlModifier);
-            QCOMPARE(snapshot->text(), u"Snapshot"_s);
-        }
+        if (undo == 2)
+            QTest::keyClick(snapshot, Qt::Key_Z, Qt::ControlModifier); // at once, no waiting below
         QTRY_COMPARE_WITH_TIMEOUT(snapshot->text(), undo == 2 ? u"Snapshot"_s : u"2..."_s, 2000);
         QTRY_COMPARE_WITH_TIMEOUT(snapshot->text(), undo == 2 ? u"Snapshot"_s : u"1..."_s, 2000);
         // Held from here to the snapshot, after any activation changes of the
