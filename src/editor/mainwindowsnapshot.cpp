@@ -1,6 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The main window's keyboard capture: the countdown on the Snapshot button,
 // then the chord held.
+//
+// Undo and Redo never meet a capture. While the countdown runs, the Edit menu
+// is paused, so no step is undone under the key being captured, and pressing
+// the Undo or Redo chord cancels the capture: the key keeps its action. A
+// chord that is Undo or Redo itself (held since before the countdown) is not
+// stored either. Right after a capture, Undo takes it back as one step. A
+// user who wants Ctrl+Z on a phone key ticks Ctrl and picks Z in the list.
 #include "mainwindow.h"
 
 #include "actioneditor.h"
@@ -43,7 +50,6 @@ void MainWindow::CaptureKeyboard(int index)
     KeyAction action = m_document->Action(index);
     action.IsMouse = false;
     const bool found = ::CaptureKeyboard(action, state);
-    // Held from before the countdown, Undo or Redo is taken back all the same.
     if (!IsUndoOrRedoChord(action))
         m_document->SetAction(index, action);
     EndSnapshot();

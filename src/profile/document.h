@@ -28,6 +28,8 @@ struct DocumentMessage
 enum class FileKind { Profile, Keymap, Picture, Other };
 FileKind FileKindOf(const QString &path);
 
+class DocumentStep;
+
 // The one open document: the keymap of the 22 keys, the picture, the file it
 // came from and whether it has unsaved changes. Edits and the file commands go
 // through it, it keeps IsSaved itself and announces every change; the windows
@@ -45,7 +47,6 @@ FileKind FileKindOf(const QString &path);
 // Opening a document starts a new history. A step undone or redone follows
 // the rule of its command: edits and imports clear IsSaved, drops leave it;
 // reaching the state last saved or opened makes the document saved again.
-class DocumentStep;
 class Document : public QObject
 {
     Q_OBJECT
