@@ -86,6 +86,12 @@ enum class EditorText {
     SaveOverviewCaption,
     OverviewPdfFilter,
     OverviewPngFilter,
+    // the Edit menu and the recent files
+    MenuEdit,
+    MenuUndo,
+    MenuRedo,
+    MenuRecent,
+    RecentFileMissing,
     Count
 };
 
@@ -164,6 +170,12 @@ inline constexpr auto EditorTexts = UiTextTable<EditorText>({
     {EditorText::SaveOverviewCaption, u"CommonDialog", u"Caption_SaveOverview", u"Save Overview as..."},
     {EditorText::OverviewPdfFilter, u"CommonDialog", u"Filter_pdf", u"PDF Documents (*.pdf)"},
     {EditorText::OverviewPngFilter, u"CommonDialog", u"Filter_png", u"PNG Pictures (*.png)"},
+    {EditorText::MenuEdit, u"MainWindow", u"Menu_Edit", u"&Edit"},
+    {EditorText::MenuUndo, u"MainWindow", u"Menu_Undo", u"&Undo"},
+    {EditorText::MenuRedo, u"MainWindow", u"Menu_Redo", u"&Redo"},
+    {EditorText::MenuRecent, u"MainWindow", u"Menu_Recent", u"&Recent"},
+    {EditorText::RecentFileMissing, u"Errors", u"RecentFileMissing",
+     u"%f is no longer there. It was taken off the list of recent files."},
 });
 
 inline QString LanguageText(EditorText text)

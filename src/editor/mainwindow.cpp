@@ -3,6 +3,7 @@
 
 #include "aboutdialog.h"
 #include "actioneditor.h"
+#include "editmenu.h"
 #include "editordialogs.h"
 #include "editortexts.h"
 #include "heldkeys.h"
@@ -18,6 +19,7 @@
 #include "profile/picture.h"
 #include "profile/tempfiles.h"
 #include "readmeview.h"
+#include "recentfilesmenu.h"
 #include "settings/qtlanguage.h"
 #include "settings/readme.h"
 #include "settingswindow.h"
@@ -102,6 +104,11 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
     setCentralWidget(central);
 
     connect(m_document, &Document::MessageRaised, this, &MainWindow::ShowMessage);
+    connect(m_recentMenu, &RecentFilesMenu::MessageRaised, this, &MainWindow::ShowMessage);
+    connect(m_recentMenu, &RecentFilesMenu::FileChosen, this, [this](const QString &path) {
+        if (CheckSaved())
+            OpenFile(path);
+    });
     connect(m_document, &Document::PictureChanged, this, [this] {
         m_keypad->SetPicture(m_document->Picture().Image);
         UpdateCaption();
@@ -117,7 +124,6 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
     connect(m_keypad, &PhoneKeypad::KeyButtonFocusLost, this, [this] { RefreshKeyDisplay(-1); });
 
     connect(m_editor, &ActionEditor::ActionEdited, this, &MainWindow::ActionEdited);
-    connect(m_editor->SnapshotButton(), &QPushButton::clicked, this, &MainWindow::StartSnapshot);
 
     connect(m_saveButton, &QPushButton::clicked, this, [this] { (void)Save(); });
     connect(m_sendButton, &QPushButton::clicked, this, &MainWindow::SendProfile);
@@ -125,11 +131,7 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
 
     m_focusWindowWatch = connect(qApp, &QGuiApplication::focusWindowChanged, this, &MainWindow::FocusWindowChanged);
 
-    connect(&m_countdown, &SnapshotCountdown::Counted, m_editor->SnapshotButton(), &QPushButton::setText);
-    connect(&m_countdown, &SnapshotCountdown::Finished, this, [this] {
-        m_heldKeys->SetSwallowing(false);
-        CaptureKeyboard(m_activeButton);
-    });
+    ConnectSnapshot();
 
     UpdateCaption();
 }
@@ -150,6 +152,8 @@ void MainWindow::BuildMenus()
     m_fileMenu = menuBar()->addMenu(QString());
     m_openAction = m_fileMenu->addAction(QString(), this, &MainWindow::Open);
     m_openAction->setShortcut(QKeySequence::Open);
+    m_recentMenu = new RecentFilesMenu(*m_document, m_store, this);
+    m_fileMenu->addMenu(m_recentMenu);
     m_saveAction = m_fileMenu->addAction(QString(), this, [this] { (void)Save(); });
     m_saveAction->setShortcut(QKeySequence::Save);
     m_saveAsAction = m_fileMenu->addAction(QString(), this, [this] { (void)SaveAs(); });
@@ -179,6 +183,8 @@ void MainWindow::BuildMenus()
     m_exitAction->setShortcut(QKeySequence::Quit);
     m_exitAction->setMenuRole(QAction::QuitRole);
 
+    m_editMenu = new EditMenu(*m_document, this);
+    menuBar()->addMenu(m_editMenu);
     m_helpMenu = menuBar()->addMenu(QString());
     m_readmeAction = m_helpMenu->addAction(QString(), this, &MainWindow::OpenReadme);
     m_readmeAction->setShortcut(QKeySequence::HelpContents);
@@ -258,6 +264,8 @@ void MainWindow::ApplyMainWindowLanguage()
     m_helpMenu->setTitle(LanguageText(EditorText::MenuHelp));
     m_readmeAction->setText(LanguageText(EditorText::MenuReadme));
     m_aboutAction->setText(LanguageText(EditorText::MenuAbout));
+    m_editMenu->ApplyLanguage();
+    m_recentMenu->ApplyLanguage();
     m_popUpLoadAction->setText(LanguageText(EditorText::MenuPopUpLoad));
     m_popUpSaveAction->setText(LanguageText(EditorText::MenuPopUpSave));
     m_keypad->CMD(PhoneKeys::Lsk)->setText(LanguageText(PhoneKeyNames[PhoneKeys::Lsk].Name));
@@ -345,34 +353,6 @@ void MainWindow::FocusWindowChanged(QWindow *window)
     if (window == windowHandle() && m_activationFocusesFirstKey)
         m_keypad->CMD(FirstFocusedKey)->setFocus(Qt::ActiveWindowFocusReason);
     m_activationFocusesFirstKey = IsProgramWindow(QApplication::activeWindow());
-}
-
-void MainWindow::StartSnapshot()
-{
-    if (m_countdown.IsCounting())
-        return;
-    m_keypad->SetKeyButtonsEnabled(false);
-    m_editor->SetMessage(LanguageText(EditorText::PressKeys), false);
-    m_heldKeys->SetSwallowing(true);
-    m_countdown.Start();
-}
-
-void MainWindow::CaptureKeyboard(int index)
-{
-    QApplication::beep();
-    const KeyboardState state = m_heldKeys->Snapshot();
-    KeyAction action = m_document->Action(index);
-    action.IsMouse = false;
-    const bool found = ::CaptureKeyboard(action, state);
-    m_document->SetAction(index, action);
-
-    m_editor->SnapshotButton()->setText(LanguageText(EditorText::ButtonSnapshot));
-    m_keypad->SetKeyButtonsEnabled(true);
-    RefreshKeyDisplay(-1);
-    UpdateToolTip(0);
-    // A held key the phone cannot send is named as such.
-    if (!found && HoldsUnsupportedKey(state))
-        m_editor->SetMessage(LanguageText(EditorText::KeyNotSupported), true);
 }
 
 void MainWindow::ShowMessage(const DocumentMessage &message)
@@ -477,7 +457,10 @@ void MainWindow::dropEvent(QDropEvent *event)
     if (urls.isEmpty() || !urls.first().isLocalFile())
         return;
     event->acceptProposedAction();
-    m_document->Drop(LocalFileFromUrl(urls.first()));
+    const QString path = LocalFileFromUrl(urls.first());
+    const FileKind kind = FileKindOf(path);
+    if ((kind != FileKind::Profile && kind != FileKind::Keymap) || CheckSaved())
+        m_document->Drop(path);
 }
 
 void MainWindow::OpenSettings()
