@@ -108,7 +108,7 @@ private slots:
         for (const char *usage : {"", "frobnicate", "show", "show a b", "--frob show a", "show a --language",
                                   "--language /no/such.lng show a"})
             row(*usage ? usage : "nothing", QString::fromLatin1(usage), 2, "padmapper-cli: ");
-        const QString bundled = QString::fromUtf8(PADMAPPER_DATA_FOLDER "/Desktop.kcf");
+        const QString bundled = QString::fromUtf8(PADMAPPER_TEMPLATES_FOLDER "/Desktop.kcf");
         row("show writes what it reads", u"show "_s + bundled, 0, {}, ReadAll(bundled));
         row("help", u"--help"_s, 0, {}, "Usage: padmapper-cli [--language FILE.lng]");
         row("version", u"-v"_s, 0, {}, "padmapper-cli " PADMAPPER_VERSION "\n");
