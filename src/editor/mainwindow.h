@@ -63,6 +63,9 @@ public:
 
     // File commands.
     void Open();
+    // A ready-made keymap chosen in the template chooser, on the default
+    // picture, as an unnamed profile.
+    void NewFromTemplate();
     // Opens a profile or a keymap as Open does, without asking.
     void OpenFile(const QString &path);
     bool Save();
@@ -121,6 +124,7 @@ private:
     QMenu *m_fileMenu = nullptr;
     QMenu *m_helpMenu = nullptr;
     QAction *m_openAction = nullptr;
+    QAction *m_newFromTemplateAction = nullptr;
     QAction *m_saveAction = nullptr;
     QAction *m_saveAsAction = nullptr;
     QMenu *m_importMenu = nullptr;

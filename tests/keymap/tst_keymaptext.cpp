@@ -117,7 +117,8 @@ private slots:
         KeymapReadErrors errors;
         QVERIFY2(!ReadKeymapText(keymap, path, false, &errors), qPrintable(errors.List));
         for (PhoneKey key = 0; key < PhoneKeys::Count; ++key)
-            QVERIFY2(keymap[key].IsNoAction() || !keymap[key].Comment.trimmed().isEmpty(), qPrintable(KeyFileName(key)));
+            QVERIFY2(keymap[key].IsNoAction() || !keymap[key].Comment.trimmed().isEmpty(),
+                     qPrintable(KeyFileName(key)));
         QTemporaryDir dir;
         QVERIFY(WriteKeymapText(keymap, dir.filePath(u"back.kcf"_s)));
         QCOMPARE(ReadAll(dir.filePath(u"back.kcf"_s)), ReadAll(path));
