@@ -92,6 +92,21 @@ enum class EditorText {
     MenuRedo,
     MenuRecent,
     RecentFileMissing,
+    // File > New from template and its chooser
+    MenuNewFromTemplate,
+    TemplateCaption,
+    TemplateList,
+    TemplateKey,
+    TemplateAction,
+    TemplateComment,
+    TemplateOk,
+    TemplateAbort,
+    TemplateDesktop,
+    TemplatePresentation,
+    TemplateMediaPlayer,
+    TemplateWebBrowser,
+    TemplateMouse,
+    TemplateImageViewer,
     Count
 };
 
@@ -176,6 +191,20 @@ inline constexpr auto EditorTexts = UiTextTable<EditorText>({
     {EditorText::MenuRecent, u"MainWindow", u"Menu_Recent", u"&Recent"},
     {EditorText::RecentFileMissing, u"Errors", u"RecentFileMissing",
      u"%f is no longer there. It was taken off the list of recent files."},
+    {EditorText::MenuNewFromTemplate, u"MainWindow", u"Menu_NewFromTemplate", u"&New from template..."},
+    {EditorText::TemplateCaption, u"TemplateWindow", u"Caption", u"New from template"},
+    {EditorText::TemplateList, u"TemplateWindow", u"Label_Templates", u"Templates:"},
+    {EditorText::TemplateKey, u"TemplateWindow", u"Column_Key", u"Key"},
+    {EditorText::TemplateAction, u"TemplateWindow", u"Column_Action", u"Action"},
+    {EditorText::TemplateComment, u"TemplateWindow", u"Column_Comment", u"Comment"},
+    {EditorText::TemplateOk, u"TemplateWindow", u"Button_OK", u"OK"},
+    {EditorText::TemplateAbort, u"TemplateWindow", u"Button_Abort", u"Abort"},
+    {EditorText::TemplateDesktop, u"TemplateWindow", u"Template_Desktop", u"Desktop"},
+    {EditorText::TemplatePresentation, u"TemplateWindow", u"Template_Presentation", u"Presentation"},
+    {EditorText::TemplateMediaPlayer, u"TemplateWindow", u"Template_MediaPlayer", u"Media player"},
+    {EditorText::TemplateWebBrowser, u"TemplateWindow", u"Template_WebBrowser", u"Web browser"},
+    {EditorText::TemplateMouse, u"TemplateWindow", u"Template_Mouse", u"Mouse"},
+    {EditorText::TemplateImageViewer, u"TemplateWindow", u"Template_ImageViewer", u"Image viewer"},
 });
 
 inline QString LanguageText(EditorText text)

@@ -25,6 +25,7 @@
 #include "settingswindow.h"
 #include "support/nativefile.h"
 #include "support/programpaths.h"
+#include "templatechooser.h"
 #include "transport/uploadjobs.h"
 #include "uploadwindow.h"
 
@@ -154,6 +155,7 @@ void MainWindow::BuildMenus()
     m_openAction->setShortcut(QKeySequence::Open);
     m_recentMenu = new RecentFilesMenu(*m_document, m_store, this);
     m_fileMenu->addMenu(m_recentMenu);
+    m_newFromTemplateAction = m_fileMenu->addAction(QString(), this, &MainWindow::NewFromTemplate);
     m_saveAction = m_fileMenu->addAction(QString(), this, [this] { (void)Save(); });
     m_saveAction->setShortcut(QKeySequence::Save);
     m_saveAsAction = m_fileMenu->addAction(QString(), this, [this] { (void)SaveAs(); });
@@ -247,6 +249,7 @@ void MainWindow::ApplyMainWindowLanguage()
 {
     m_fileMenu->setTitle(LanguageText(EditorText::MenuFile));
     m_openAction->setText(LanguageText(EditorText::MenuOpen));
+    m_newFromTemplateAction->setText(LanguageText(EditorText::MenuNewFromTemplate));
     m_saveAction->setText(LanguageText(EditorText::MenuSave));
     m_saveAsAction->setText(LanguageText(EditorText::MenuSaveAs));
     m_importMenu->setTitle(LanguageText(EditorText::MenuImport));
@@ -373,6 +376,13 @@ void MainWindow::Open()
         return;
     if (const QString path = m_fileNames.FileToOpen(); !path.isEmpty())
         OpenFile(path);
+}
+
+void MainWindow::NewFromTemplate()
+{
+    TemplateChooser chooser(this);
+    if (chooser.exec() == QDialog::Accepted && !chooser.ChosenPath().isEmpty() && CheckSaved())
+        m_document->OpenTemplate(FindProgramFile(u"Desktop.hid"_s), chooser.ChosenPath());
 }
 
 void MainWindow::OpenFile(const QString &path)

@@ -66,6 +66,9 @@ public:
 
     // File commands.
     void Open();
+    // A ready-made keymap chosen in the template chooser, on the default
+    // picture, as an unnamed profile.
+    void NewFromTemplate();
     // Opens a profile or a keymap as Open does, without asking.
     void OpenFile(const QString &path);
     bool Save();
@@ -129,6 +132,7 @@ private:
     EditMenu *m_editMenu = nullptr;
     RecentFilesMenu *m_recentMenu = nullptr;
     QAction *m_openAction = nullptr;
+    QAction *m_newFromTemplateAction = nullptr;
     QAction *m_saveAction = nullptr;
     QAction *m_saveAsAction = nullptr;
     QMenu *m_importMenu = nullptr;

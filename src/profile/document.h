@@ -90,8 +90,10 @@ public:
     // message then), it is of another kind, or it could not be read.
     bool OpenAtStart(const QString &path);
     // The default profile as a template: opened, then unnamed and saved. An
-    // empty path opens nothing.
-    void OpenTemplate(const QString &path);
+    // empty path opens nothing and leaves the document without a picture. The
+    // keys of a keymap given take the place of the profile's: a ready-made
+    // keymap on the default picture.
+    void OpenTemplate(const QString &path, const QString &keymap = {});
     // A dropped file: a profile is opened; a keymap only replaces the keys; a
     // picture is taken, and a keymap document becomes an unnamed profile. A
     // picture that cannot be decoded leaves the picture shown, with a message.

@@ -74,11 +74,18 @@ bool Document::OpenAtStart(const QString &path)
     return opened;
 }
 
-void Document::OpenTemplate(const QString &path)
+void Document::OpenTemplate(const QString &path, const QString &keymap)
 {
     if (!path.isEmpty())
         OpenProfile(path);
+    else
+        RemovePicture();
+    if (!keymap.isEmpty())
+        ReadKeymap(keymap, false);
     SetCurrentFile(QString());
+    // A template as it came holds nothing of the user's: closing it or opening
+    // another file need not ask, just as for the default profile at start. The
+    // first edit makes it a change worth the question.
     m_isSaved = true;
     StartHistory();
 }

@@ -116,7 +116,7 @@ private slots:
         for (const char *usage : {"", "frobnicate", "show", "show a b", "--frob show a", "show a --language",
                                   "--language /no/such.lng show a", "overview a"})
             row(*usage ? usage : "nothing", QString::fromLatin1(usage), 2, "padmapper-cli: ");
-        const QString bundled = QString::fromUtf8(PADMAPPER_DATA_FOLDER "/Desktop.kcf");
+        const QString bundled = QString::fromUtf8(PADMAPPER_TEMPLATES_FOLDER "/Desktop.kcf");
         row("show writes what it reads", u"show "_s + bundled, 0, {}, ReadAll(bundled));
         row("help", u"--help"_s, 0, {}, "Usage: padmapper-cli [--language FILE.lng]");
         row("version", u"-v"_s, 0, {}, "padmapper-cli " PADMAPPER_VERSION "\n");
@@ -156,7 +156,7 @@ private slots:
         QTest::addColumn<QStringList>("arguments"); // the output file follows
         QTest::addColumn<QStringList>("labels");
         Keymap desktop;
-        QVERIFY(!ReadKeymapText(desktop, QString::fromUtf8(PADMAPPER_DATA_FOLDER "/Desktop.kcf"), false));
+        QVERIFY(!ReadKeymapText(desktop, QString::fromUtf8(PADMAPPER_TEMPLATES_FOLDER "/Desktop.kcf"), false));
         QStringList all;
         for (const OverviewLabel &label : MakeOverview({}, desktop, {}).Labels)
             all << label.Action << label.Comment;

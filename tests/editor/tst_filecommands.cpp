@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "editor/keymapview.h"
+#include "editor/templatechooser.h"
+#include "keymap/keymapreader.h"
 #include "mainwindowharness.h"
 #include "profile/document.h"
 #include "settings/readme.h"
@@ -9,10 +11,12 @@
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QPushButton>
+#include <QTreeWidget>
 #include <QUrl>
 
 using namespace Qt::StringLiterals;
@@ -144,6 +148,35 @@ private slots:
         QCOMPARE(window.Doc().Action(PhoneKeys::Digit(3)) == SampleKeymap()[PhoneKeys::Digit(3)],
                  start == KeymapK || answer.endsWith(u"k.kcf"_s));
         QCOMPARE(qobject_cast<PhoneScreen *>(window.Keypad()->ScreenArea())->Picture(), window.Doc().Picture().Image);
+    }
+
+    // The chooser shows the selected template's keys; OK, after the save
+    // question, opens it as an unnamed profile on the default picture, saved
+    // until the first edit. Abort asks nothing and changes nothing.
+    void newFromTemplate()
+    {
+        MainWindow &window = Start();
+        QVERIFY(window.Doc().Open(MakeKeymap(Path(u"k.kcf"_s))));
+        EditComment(PhoneKeys::Up, u"edited"_s);
+        for (const bool chosen : {false, true}) {
+            QString shown; // the action and comment of the key "#"
+            OnNextModal([chosen, &shown](QWidget *modal) {
+                auto *chooser = qobject_cast<TemplateChooser *>(modal);
+                chooser->TemplateList()->setCurrentItem(chooser->TemplateList()->findItems(u"Mouse"_s, {}).value(0));
+                const QTreeWidgetItem *hash = chooser->KeyList()->topLevelItem(PhoneKeys::Hash);
+                shown = hash->text(1) + u'|' + hash->text(2);
+                chosen ? chooser->accept() : chooser->reject();
+            });
+            MenuAction(*window.menuBar(), u"&File/&New from template..."_s)->trigger();
+            QCOMPARE(shown, u"Escape|Close a menu (Esc)"_s);
+            QCOMPARE(window.Doc().CurrentFile().isEmpty(), chosen);
+            QCOMPARE(m_dialogs->Questions, chosen ? 1 : 0);
+        }
+        Keymap mouse;
+        QVERIFY(!ReadKeymapText(mouse, QFINDTESTDATA("../../templates/Mouse.kcf"), false));
+        QVERIFY(window.Doc().CurrentKeymap() == mouse);
+        QVERIFY(window.Doc().IsSaved() && !window.Doc().Picture().Image.isNull());
+        QCOMPARE(window.windowTitle(), u"Unnamed - Padmapper"_s);
     }
 
     // A name typed without extension into the file dialog itself gets the

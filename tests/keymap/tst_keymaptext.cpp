@@ -5,6 +5,7 @@
 
 #include "../testfiles.h"
 
+#include <QDir>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTest>
@@ -96,6 +97,31 @@ private slots:
                     .contains("<!-- Gr\xFC\xDF"
                               "e \x80 ?  -->"));
         QVERIFY(!WriteKeymapText(keymap, dir.filePath(u"missing-folder/x.kcf"_s)));
+    }
+
+    // The ready-made keymaps the program ships: each reads without error, says
+    // on every key what it is for, and is exactly what the writer makes of it.
+    void templates_data()
+    {
+        QTest::addColumn<QString>("path");
+        const QDir folder(QFINDTESTDATA("../../templates"));
+        const QStringList names = folder.entryList({u"*.kcf"_s}, QDir::Files);
+        QCOMPARE_GE(names.size(), 6);
+        for (const QString &name : names)
+            QTest::newRow(qPrintable(name)) << folder.filePath(name);
+    }
+    void templates()
+    {
+        QFETCH(QString, path);
+        Keymap keymap;
+        KeymapReadErrors errors;
+        QVERIFY2(!ReadKeymapText(keymap, path, false, &errors), qPrintable(errors.List));
+        for (PhoneKey key = 0; key < PhoneKeys::Count; ++key)
+            QVERIFY2(keymap[key].IsNoAction() || !keymap[key].Comment.trimmed().isEmpty(),
+                     qPrintable(KeyFileName(key)));
+        QTemporaryDir dir;
+        QVERIFY(WriteKeymapText(keymap, dir.filePath(u"back.kcf"_s)));
+        QCOMPARE(ReadAll(dir.filePath(u"back.kcf"_s)), ReadAll(path));
     }
 
     void read_data()

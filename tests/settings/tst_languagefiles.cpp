@@ -166,8 +166,8 @@ private slots:
         // The texts that share a menu (each entry needs an access key) or a
         // window: the section, then the keys.
         const std::pair<const char *, bool> groups[] = {
-            {"MainWindow Menu_Open Menu_Save Menu_SaveAs Menu_Import Menu_Export Menu_Print Menu_FileUpload "
-             "Menu_ViewKeymap Menu_Settings Menu_Exit Menu_Recent",
+            {"MainWindow Menu_Open Menu_NewFromTemplate Menu_Save Menu_SaveAs Menu_Import Menu_Export Menu_Print "
+             "Menu_FileUpload Menu_ViewKeymap Menu_Settings Menu_Exit Menu_Recent",
              true},
             {"MainWindow Menu_Picture Menu_Keymap Menu_Overview", true},
             {"MainWindow Menu_Readme Menu_About", true},
