@@ -8,6 +8,7 @@
 #include "keymap/keytable.h"
 #include "movementarrow.h"
 
+#include <QAbstractItemView>
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
@@ -18,6 +19,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QRegularExpression>
 #include <QStackedWidget>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -50,6 +52,19 @@ constexpr std::array<std::int16_t ModifierFlags::*, ActionEditor::ModifierBoxCou
     &ModifierFlags::LeftShift,  &ModifierFlags::LeftCtrl,  &ModifierFlags::LeftAlt,  &ModifierFlags::LeftWin,
     &ModifierFlags::RightShift, &ModifierFlags::RightCtrl, &ModifierFlags::RightAlt, &ModifierFlags::RightWin,
 };
+
+// The names of the movement arrows for screen readers, by mouse action 2..9.
+constexpr std::array<EditorText, 8> MovementNames = {
+    EditorText::NameMoveLeft,  EditorText::NameMoveUpLeft,    EditorText::NameMoveUp,   EditorText::NameMoveUpRight,
+    EditorText::NameMoveRight, EditorText::NameMoveDownRight, EditorText::NameMoveDown, EditorText::NameMoveDownLeft,
+};
+
+// A label's text as a name: without the "&" that marks its access key.
+QString WithoutAccessKey(QString text)
+{
+    static const QRegularExpression accessKey(u"&(.)"_s);
+    return text.replace(accessKey, u"\\1"_s);
+}
 
 constexpr int ArrowButtonExtent = 34;
 constexpr int MovementPictureExtent = 40;
@@ -87,7 +102,11 @@ ActionEditor::ActionEditor(QWidget *parent) : QGroupBox(parent)
             connect(box, &QCheckBox::clicked, this,
                     [this, index = side * 4 + row](bool checked) { ModifierBoxClicked(index, checked); });
         }
+        // A row's access key reaches its left box, a column's its top one.
+        m_rowLabels[static_cast<std::size_t>(row)]->setBuddy(m_modifiers[static_cast<std::size_t>(row)]);
     }
+    m_leftLabel->setBuddy(m_modifiers[0]);
+    m_rightLabel->setBuddy(m_modifiers[4]);
     modifierGrid->setColumnStretch(3, 1);
 
     m_specialFrame = new QGroupBox(m_keyboardPanel);
@@ -133,6 +152,7 @@ ActionEditor::ActionEditor(QWidget *parent) : QGroupBox(parent)
     m_movementPicture->setFixedSize(ArrowButtonExtent, ArrowButtonExtent);
     m_movementPicture->setAlignment(Qt::AlignCenter);
     compass->addWidget(m_movementPicture, 1, 1);
+    m_movementLabel->setBuddy(m_mouseOptions->button(Compass[0].MouseAction));
     connect(m_mouseOptions, &QButtonGroup::idClicked, this, [this](int mouseAction) {
         m_action.MouseAction = mouseAction;
         ShowMovementPicture(mouseAction);
@@ -269,6 +289,21 @@ void ActionEditor::ApplyLanguage()
     m_movementLabel->setText(LanguageText(EditorText::LabelMovement));
     m_mouseOptions->button(MouseActions::ButtonLeft)->setText(LanguageText(EditorText::MouseClickLeft));
     m_mouseOptions->button(MouseActions::ButtonRight)->setText(LanguageText(EditorText::MouseClickRight));
+
+    // Names for screen readers of the controls that show no words: the boxes say
+    // their row and side, the arrows their movement, the list's text field the
+    // list's title, and the lists that drop down their labels.
+    for (int i = 0; i < ModifierBoxCount; ++i) {
+        const QString row = WithoutAccessKey(m_rowLabels[static_cast<std::size_t>(i % 4)]->text());
+        ModifierBox(i)->setAccessibleName(
+            LanguageText(i < 4 ? EditorText::NameLeftModifier : EditorText::NameRightModifier).replace("%m"_L1, row));
+    }
+    for (const CompassCell &cell : Compass)
+        m_mouseOptions->button(cell.MouseAction)
+            ->setAccessibleName(LanguageText(MovementNames[static_cast<std::size_t>(cell.MouseAction - 2)]));
+    m_specialKeys->lineEdit()->setAccessibleName(WithoutAccessKey(m_specialFrame->title()));
+    m_specialKeys->view()->setAccessibleName(WithoutAccessKey(m_specialFrame->title()));
+    m_device->view()->setAccessibleName(WithoutAccessKey(m_deviceLabel->text()));
 
     const QString current = m_specialKeys->currentText();
     const QSignalBlocker blocker(m_specialKeys);

@@ -90,6 +90,8 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
     buttons->addStretch(1);
     buttons->addWidget(m_sendButton);
     buttons->addWidget(m_saveButton);
+    setTabOrder(m_loadPictureButton, m_sendButton);
+    setTabOrder(m_sendButton, m_saveButton);
 
     auto *right = new QVBoxLayout;
     right->addWidget(m_editor, 1);
@@ -114,6 +116,7 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
 
     connect(m_keypad, &PhoneKeypad::KeyButtonFocused, this, &MainWindow::RefreshKeyDisplay);
     connect(m_keypad, &PhoneKeypad::KeyButtonReleased, this, &MainWindow::RefreshKeyDisplay);
+    connect(m_keypad, &PhoneKeypad::KeyButtonPressed, this, &MainWindow::RefreshKeyDisplay);
     connect(m_keypad, &PhoneKeypad::KeyButtonFocusLost, this, [this] { RefreshKeyDisplay(-1); });
 
     connect(m_editor, &ActionEditor::ActionEdited, this, &MainWindow::ActionEdited);
@@ -320,8 +323,12 @@ void MainWindow::UpdateToolTip(int scope)
 {
     const int first = scope == -1 ? 0 : m_activeButton;
     const int last = scope == -1 ? PhoneKeys::Count - 1 : m_activeButton;
-    for (int key = first; key <= last; ++key)
-        m_keypad->CMD(key)->setToolTip(KeyActionToolTip(m_document->Action(key), m_texts));
+    for (int key = first; key <= last; ++key) {
+        const QString tip = KeyActionToolTip(m_document->Action(key), m_texts);
+        m_keypad->CMD(key)->setToolTip(tip);
+        // Screen readers announce the action with the key's name.
+        m_keypad->CMD(key)->setAccessibleDescription(tip.trimmed());
+    }
 }
 
 void MainWindow::ActionEdited(const KeyAction &action)

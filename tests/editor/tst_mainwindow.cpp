@@ -8,6 +8,8 @@
 
 #include "../testfiles.h"
 
+#include <QAccessible>
+#include <QAccessibleActionInterface>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -258,6 +260,50 @@ private slots:
         KeyAction captured;
         QVERIFY(CaptureKeyboard(captured, window.Keys().Snapshot()));
         QCOMPARE(std::pair(int(captured.Modifiers), int(captured.KeyCode)), std::pair(0, 67)); // C alone
+    }
+
+    // Every focusable control has a name for screen readers, on both panels;
+    // their Press selects a key, whose description follows its edits. Tab takes
+    // the keypad as one stop, then the editor in the order it is seen.
+    void keyboardAndScreenReaderUse()
+    {
+        MainWindow &window = Start();
+        ActionEditor *editor = window.Editor();
+        const std::function<void(QAccessibleInterface *, QStringList &)> unnamed = [&](QAccessibleInterface *node,
+                                                                                       QStringList &found) {
+            if (node->state().focusable && node->text(QAccessible::Name).trimmed().isEmpty())
+                found << QString::fromLatin1(node->object()->metaObject()->className()) + u' '
+                             + node->object()->objectName();
+            for (int i = 0; i < node->childCount(); ++i)
+                unnamed(node->child(i), found);
+        };
+        for (const int key : {PhoneKeys::Lsk, PhoneKeys::Digit(1)}) {
+            QAccessibleInterface *button = QAccessible::queryAccessibleInterface(window.Keypad()->CMD(key));
+            button->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+            QTRY_COMPARE(window.ActiveButton(), key);
+            QCOMPARE(editor->IsMousePanelShown(), key == PhoneKeys::Lsk);
+            QStringList found;
+            unnamed(QAccessible::queryAccessibleInterface(&window), found);
+            QVERIFY2(found.isEmpty(), qPrintable(found.join(u", "_s)));
+        }
+        QCOMPARE(QAccessible::queryAccessibleInterface(editor->ModifierBox(5))->text(QAccessible::Name),
+                 u"Ctrl (right)"_s);
+        editor->ModifierBox(1)->click();
+        QCOMPARE(QAccessible::queryAccessibleInterface(window.Keypad()->CMD(PhoneKeys::Digit(1)))
+                     ->text(QAccessible::Description),
+                 u"CTRL + Escape"_s); // the default profile has Escape on it
+
+        QList<QWidget *> chain{window.Keypad()->CMD(PhoneKeys::Digit(1)), editor->DeviceList()};
+        for (int i = 0; i < ActionEditor::ModifierBoxCount; ++i)
+            chain << editor->ModifierBox(i % 2 * 4 + i / 2); // row by row
+        chain << editor->SpecialKeyList() << editor->SnapshotButton() << editor->CommentBox()
+              << window.LoadPictureButton() << window.SendButton() << window.SaveButton() << chain.first();
+        QList<QWidget *> visited{QApplication::focusWidget()};
+        while (visited.size() < chain.size()) {
+            QTest::keyClick(visited.last(), Qt::Key_Tab);
+            visited << QApplication::focusWidget();
+        }
+        QCOMPARE(visited, chain);
     }
 
     // The language file at start, and the one chosen in the settings later,
