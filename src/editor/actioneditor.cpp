@@ -193,7 +193,7 @@ ActionEditor::ActionEditor(QWidget *parent) : QGroupBox(parent)
     deviceRow->addWidget(m_device, 1);
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(deviceRow);
-    layout->addWidget(m_panels, 1);
+    layout->addWidget(m_panels);
     layout->addWidget(m_commentLabel);
     layout->addWidget(m_comment);
     layout->addWidget(m_message);
@@ -251,7 +251,13 @@ void ActionEditor::SpecialKeyChosen(const QString &text)
 
 void ActionEditor::ShowMousePanel(bool mouse)
 {
-    m_panels->setCurrentWidget(mouse ? m_mousePanel : m_keyboardPanel);
+    // The panels take the height of the one shown, so that no empty band lies
+    // between the mouse options and the comment.
+    QWidget *shown = mouse ? m_mousePanel : m_keyboardPanel;
+    for (QWidget *panel : {m_keyboardPanel, m_mousePanel})
+        panel->setSizePolicy(QSizePolicy::Preferred, panel == shown ? QSizePolicy::Preferred : QSizePolicy::Ignored);
+    m_panels->setCurrentWidget(shown);
+    m_panels->updateGeometry();
 }
 
 bool ActionEditor::IsMousePanelShown() const
@@ -310,6 +316,19 @@ void ActionEditor::ApplyLanguage()
     m_specialKeys->clear();
     m_specialKeys->addItems(SpecialKeyNames());
     m_specialKeys->setCurrentText(current);
+}
+
+void ActionEditor::KeepWidthForTitles(const QStringList &titles)
+{
+    const QString shown = title();
+    setMinimumWidth(0);
+    int widest = 0;
+    for (const QString &text : titles) {
+        setTitle(text);
+        widest = std::max(widest, minimumSizeHint().width());
+    }
+    setTitle(shown);
+    setMinimumWidth(widest);
 }
 
 void ActionEditor::SetMessage(const QString &text, bool isError)

@@ -25,6 +25,7 @@
 #include "support/programpaths.h"
 #include "transport/uploadjobs.h"
 #include "uploadwindow.h"
+#include "windowfit.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -93,14 +94,16 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
     setTabOrder(m_loadPictureButton, m_sendButton);
     setTabOrder(m_sendButton, m_saveButton);
 
+    // The editor column keeps its width; the phone takes the rest of the window.
     auto *right = new QVBoxLayout;
-    right->addWidget(m_editor, 1);
+    right->addWidget(m_editor);
+    right->addStretch(1);
     right->addLayout(buttons);
 
     auto *central = new QWidget(this);
     auto *layout = new QHBoxLayout(central);
     layout->addWidget(m_keypad, 1);
-    layout->addLayout(right, 1);
+    layout->addLayout(right);
     setCentralWidget(central);
 
     connect(m_document, &Document::MessageRaised, this, &MainWindow::ShowMessage);
@@ -208,6 +211,7 @@ void MainWindow::Startup(const QStringList &arguments)
     SetLanguage(m_settings.Language);
     ApplyQtLanguage();
     ApplyMainWindowLanguage();
+    resize(OpeningSize(*this));
     if (m_settings.Left > 0)
         move(m_settings.Left, y());
     if (m_settings.Top > 0)
@@ -242,6 +246,8 @@ void MainWindow::Startup(const QStringList &arguments)
 
 void MainWindow::ApplyMainWindowLanguage()
 {
+    // Longer words in the editor widen the window, not shrink the phone.
+    const int keypadWidth = m_keypad->width();
     m_fileMenu->setTitle(LanguageText(EditorText::MenuFile));
     m_openAction->setText(LanguageText(EditorText::MenuOpen));
     m_saveAction->setText(LanguageText(EditorText::MenuSave));
@@ -273,6 +279,13 @@ void MainWindow::ApplyMainWindowLanguage()
     UpdateCaption();
     UpdateToolTip(-1);
     RefreshKeyDisplay(-1);
+    KeepWidthForTexts(*m_saveButton,
+                      {LanguageText(EditorText::ButtonSaveProfile), LanguageText(EditorText::ButtonSaveKeymap)});
+    QStringList titles;
+    for (int key = 0; key < PhoneKeys::Count; ++key)
+        titles << KeyFrameTitle(key);
+    m_editor->KeepWidthForTitles(titles);
+    GrowToKeepWidth(*this, *m_keypad, keypadWidth);
 }
 
 void MainWindow::UpdateCaption()
@@ -305,9 +318,9 @@ bool MainWindow::CheckSaved()
     return true;
 }
 
-QString MainWindow::KeyDisplayText(int index) const
+QString MainWindow::KeyFrameTitle(int index) const
 {
-    return PhoneKeyDisplayName(index);
+    return m_texts.FrameText + " \""_L1 + PhoneKeyDisplayName(index) + u'"';
 }
 
 void MainWindow::RefreshKeyDisplay(int index)
@@ -315,7 +328,7 @@ void MainWindow::RefreshKeyDisplay(int index)
     if (index >= 0 && index < PhoneKeys::Count)
         m_activeButton = index;
     m_keypad->SetActiveButton(m_activeButton);
-    m_editor->setTitle(m_texts.FrameText + " \""_L1 + KeyDisplayText(m_activeButton) + u'"');
+    m_editor->setTitle(KeyFrameTitle(m_activeButton));
     m_editor->ShowAction(m_document->Action(m_activeButton));
 }
 

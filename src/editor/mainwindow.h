@@ -97,7 +97,8 @@ private:
     void ShowMessage(const DocumentMessage &message);
     void ShowWriteFailed(const FileError &cause);
     void CaptureKeyboard(int index);
-    QString KeyDisplayText(int index) const;
+    // The editor's title for a key: the frame text and the key's name in quotes.
+    QString KeyFrameTitle(int index) const;
     void FocusWindowChanged(QWindow *window);
     void WriteBackSettings();
     // The port, speed and language the settings window stored.
