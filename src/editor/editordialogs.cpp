@@ -62,8 +62,9 @@ void ShowInColumns(QMessageBox &box)
     }
     const int margins = 2 * qCeil(view->document()->documentMargin()) + 4;
     const QSize available = box.screen() ? box.screen()->availableSize() * 3 / 4 : QSize(1000, 700);
-    view->setMinimumSize(std::min(qCeil(columns * column) + margins, available.width()),
-                         std::min(qCeil(lines.size() * metrics.lineSpacing()) + margins, available.height()));
+    // One column and one line to spare: the text layout rounds each line up.
+    view->setMinimumSize(std::min(qCeil((columns + 1) * column) + margins, available.width()),
+                         std::min(qCeil((lines.size() + 1) * metrics.lineSpacing()) + margins, available.height()));
     grid->replaceWidget(label, view);
     label->hide();
 }

@@ -315,10 +315,10 @@ private slots:
             return std::pair(QDialogButtonBox(QDialogButtonBox::Cancel).button(QDialogButtonBox::Cancel)->text(),
                              QKeySequence(QKeySequence::Open).toString(QKeySequence::NativeText));
         };
-        QVERIFY(WriteFile(
-            Path(u"Deutsch.lng"_s),
-            "[MainWindow]\r\nFrame=Funktion der Taste:\r\nButton_SaveProfile=Profil speichern\r\n"
-            "Button_Left=&Links\r\nToolTip_Mouse4=Maus hoch\r\n[CommonDialog]\r\nFile_Unnamed=Unbenannt\r\n"));
+        QVERIFY(WriteFile(Path(u"Deutsch.lng"_s),
+                          "[MainWindow]\r\nFrame=Funktion der Taste:\r\nButton_SaveProfile=Profil speichern\r\n"
+                          "Button_Left=&Links\r\nButton_LoadPicture=Ein Bild von der Festplatte "
+                          "laden\r\nToolTip_Mouse4=Maus hoch\r\n[CommonDialog]\r\nFile_Unnamed=Unbenannt\r\n"));
         SettingsStore(Path(u"settings.ini"_s)).WriteLanguage(Path(u"Deutsch.lng"_s));
         MainWindow &window = Start();
         QCOMPARE(window.windowTitle(), u"Unbenannt - Padmapper"_s);
@@ -332,6 +332,16 @@ private slots:
         QCOMPARE(std::pair(window.windowTitle(), ToolTip(PhoneKeys::Up)),
                  std::pair(u"Unnamed - Padmapper"_s, u" - "_s));
         QCOMPARE(qtTexts(), std::pair(u"Cancel"_s, u"Ctrl+O"_s));
+        // Longer words widen the window; the phone keeps its size.
+        window.resize(window.sizeHint().width(), window.height()); // as an English window opens
+        QCoreApplication::processEvents();
+        const QSize keySize = window.Keypad()->CMD(PhoneKeys::Digit1)->size();
+        m_dialogs->OnConfigurePort = [this] { m_store->WriteLanguage(Path(u"Deutsch.lng"_s)); };
+        window.OpenSettings();
+        QCOMPARE(window.SaveButton()->text(), u"Profil speichern"_s);
+        const QSize change = window.Keypad()->CMD(PhoneKeys::Digit1)->size() - keySize;
+        QVERIFY2(qAbs(change.width()) <= 1 && qAbs(change.height()) <= 1, // rounding to pixels
+                 qPrintable(u"%1x%2"_s.arg(change.width()).arg(change.height())));
     }
 };
 
