@@ -8,6 +8,7 @@
 #include "keymap/keytable.h"
 #include "movementarrow.h"
 
+#include <QAbstractItemView>
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
@@ -19,6 +20,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QRegularExpression>
 #include <QStackedWidget>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -51,6 +53,19 @@ constexpr std::array<std::int16_t ModifierFlags::*, ActionEditor::ModifierBoxCou
     &ModifierFlags::LeftShift,  &ModifierFlags::LeftCtrl,  &ModifierFlags::LeftAlt,  &ModifierFlags::LeftWin,
     &ModifierFlags::RightShift, &ModifierFlags::RightCtrl, &ModifierFlags::RightAlt, &ModifierFlags::RightWin,
 };
+
+// The names of the movement arrows for screen readers, by mouse action 2..9.
+constexpr std::array<EditorText, 8> MovementNames = {
+    EditorText::NameMoveLeft,  EditorText::NameMoveUpLeft,    EditorText::NameMoveUp,   EditorText::NameMoveUpRight,
+    EditorText::NameMoveRight, EditorText::NameMoveDownRight, EditorText::NameMoveDown, EditorText::NameMoveDownLeft,
+};
+
+// A label's text as a name: without the "&" that marks its access key.
+QString WithoutAccessKey(QString text)
+{
+    static const QRegularExpression accessKey(u"&(.)"_s);
+    return text.replace(accessKey, u"\\1"_s);
+}
 
 constexpr int ArrowButtonExtent = 34;
 constexpr int MovementPictureExtent = 40;
@@ -88,7 +103,11 @@ ActionEditor::ActionEditor(QWidget *parent) : QGroupBox(parent)
             connect(box, &QCheckBox::clicked, this,
                     [this, index = side * 4 + row](bool checked) { ModifierBoxClicked(index, checked); });
         }
+        // A row's access key reaches its left box, a column's its top one.
+        m_rowLabels[static_cast<std::size_t>(row)]->setBuddy(m_modifiers[static_cast<std::size_t>(row)]);
     }
+    m_leftLabel->setBuddy(m_modifiers[0]);
+    m_rightLabel->setBuddy(m_modifiers[4]);
     modifierGrid->setColumnStretch(3, 1);
 
     m_specialFrame = new QGroupBox(m_keyboardPanel);
@@ -134,6 +153,7 @@ ActionEditor::ActionEditor(QWidget *parent) : QGroupBox(parent)
     m_movementPicture->setFixedSize(ArrowButtonExtent, ArrowButtonExtent);
     m_movementPicture->setAlignment(Qt::AlignCenter);
     compass->addWidget(m_movementPicture, 1, 1);
+    m_movementLabel->setBuddy(m_mouseOptions->button(Compass[0].MouseAction));
     connect(m_mouseOptions, &QButtonGroup::idClicked, this, [this](int mouseAction) {
         m_action.MouseAction = mouseAction;
         ShowMovementPicture(mouseAction);
@@ -177,7 +197,7 @@ ActionEditor::ActionEditor(QWidget *parent) : QGroupBox(parent)
     deviceRow->addWidget(m_device, 1);
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(deviceRow);
-    layout->addWidget(m_panels, 1);
+    layout->addWidget(m_panels);
     layout->addWidget(m_commentLabel);
     layout->addWidget(m_comment);
     layout->addWidget(m_message);
@@ -235,7 +255,13 @@ void ActionEditor::SpecialKeyChosen(const QString &text)
 
 void ActionEditor::ShowMousePanel(bool mouse)
 {
-    m_panels->setCurrentWidget(mouse ? m_mousePanel : m_keyboardPanel);
+    // The panels take the height of the one shown, so that no empty band lies
+    // between the mouse options and the comment.
+    QWidget *shown = mouse ? m_mousePanel : m_keyboardPanel;
+    for (QWidget *panel : {m_keyboardPanel, m_mousePanel})
+        panel->setSizePolicy(QSizePolicy::Preferred, panel == shown ? QSizePolicy::Preferred : QSizePolicy::Ignored);
+    m_panels->setCurrentWidget(shown);
+    m_panels->updateGeometry();
 }
 
 bool ActionEditor::IsMousePanelShown() const
@@ -274,11 +300,39 @@ void ActionEditor::ApplyLanguage()
     m_mouseOptions->button(MouseActions::ButtonLeft)->setText(LanguageText(EditorText::MouseClickLeft));
     m_mouseOptions->button(MouseActions::ButtonRight)->setText(LanguageText(EditorText::MouseClickRight));
 
+    // Names for screen readers of the controls that show no words: the boxes say
+    // their row and side, the arrows their movement, the list's text field the
+    // list's title, and the lists that drop down their labels.
+    for (int i = 0; i < ModifierBoxCount; ++i) {
+        const QString row = WithoutAccessKey(m_rowLabels[static_cast<std::size_t>(i % 4)]->text());
+        ModifierBox(i)->setAccessibleName(
+            LanguageText(i < 4 ? EditorText::NameLeftModifier : EditorText::NameRightModifier).replace("%m"_L1, row));
+    }
+    for (const CompassCell &cell : Compass)
+        m_mouseOptions->button(cell.MouseAction)
+            ->setAccessibleName(LanguageText(MovementNames[static_cast<std::size_t>(cell.MouseAction - 2)]));
+    m_specialKeys->lineEdit()->setAccessibleName(WithoutAccessKey(m_specialFrame->title()));
+    m_specialKeys->view()->setAccessibleName(WithoutAccessKey(m_specialFrame->title()));
+    m_device->view()->setAccessibleName(WithoutAccessKey(m_deviceLabel->text()));
+
     const QString current = m_specialKeys->currentText();
     const QSignalBlocker blocker(m_specialKeys);
     m_specialKeys->clear();
     m_specialKeys->addItems(SpecialKeyNames());
     m_specialKeys->setCurrentText(current);
+}
+
+void ActionEditor::KeepWidthForTitles(const QStringList &titles)
+{
+    const QString shown = title();
+    setMinimumWidth(0);
+    int widest = 0;
+    for (const QString &text : titles) {
+        setTitle(text);
+        widest = std::max(widest, minimumSizeHint().width());
+    }
+    setTitle(shown);
+    setMinimumWidth(widest);
 }
 
 void ActionEditor::SetMessage(const QString &text, bool isError)

@@ -51,6 +51,10 @@ public:
 
     // Texts from the active language file.
     void ApplyLanguage();
+    // The frame's title names the selected key: the editor keeps the width of
+    // the widest of these titles, so that it and the phone beside it keep their
+    // sizes from key to key.
+    void KeepWidthForTitles(const QStringList &titles);
     // A message line, as an error (red) or a prompt.
     void SetMessage(const QString &text, bool isError);
 

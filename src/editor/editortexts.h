@@ -107,6 +107,17 @@ enum class EditorText {
     TemplateWebBrowser,
     TemplateMouse,
     TemplateImageViewer,
+    // names for screen readers of controls that show no words of their own
+    NameLeftModifier,
+    NameRightModifier,
+    NameMoveLeft,
+    NameMoveUpLeft,
+    NameMoveUp,
+    NameMoveUpRight,
+    NameMoveRight,
+    NameMoveDownRight,
+    NameMoveDown,
+    NameMoveDownLeft,
     Count
 };
 
@@ -205,6 +216,16 @@ inline constexpr auto EditorTexts = UiTextTable<EditorText>({
     {EditorText::TemplateWebBrowser, u"TemplateWindow", u"Template_WebBrowser", u"Web browser"},
     {EditorText::TemplateMouse, u"TemplateWindow", u"Template_Mouse", u"Mouse"},
     {EditorText::TemplateImageViewer, u"TemplateWindow", u"Template_ImageViewer", u"Image viewer"},
+    {EditorText::NameLeftModifier, u"MainWindow", u"Name_LeftModifier", u"%m (left)"},
+    {EditorText::NameRightModifier, u"MainWindow", u"Name_RightModifier", u"%m (right)"},
+    {EditorText::NameMoveLeft, u"MainWindow", u"Name_Mouse2", u"Move left"},
+    {EditorText::NameMoveUpLeft, u"MainWindow", u"Name_Mouse3", u"Move up-left"},
+    {EditorText::NameMoveUp, u"MainWindow", u"Name_Mouse4", u"Move up"},
+    {EditorText::NameMoveUpRight, u"MainWindow", u"Name_Mouse5", u"Move up-right"},
+    {EditorText::NameMoveRight, u"MainWindow", u"Name_Mouse6", u"Move right"},
+    {EditorText::NameMoveDownRight, u"MainWindow", u"Name_Mouse7", u"Move down-right"},
+    {EditorText::NameMoveDown, u"MainWindow", u"Name_Mouse8", u"Move down"},
+    {EditorText::NameMoveDownLeft, u"MainWindow", u"Name_Mouse9", u"Move down-left"},
 });
 
 inline QString LanguageText(EditorText text)

@@ -28,6 +28,7 @@
 #include "templatechooser.h"
 #include "transport/uploadjobs.h"
 #include "uploadwindow.h"
+#include "windowfit.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -93,15 +94,19 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
     buttons->addStretch(1);
     buttons->addWidget(m_sendButton);
     buttons->addWidget(m_saveButton);
+    setTabOrder(m_loadPictureButton, m_sendButton);
+    setTabOrder(m_sendButton, m_saveButton);
 
+    // The editor column keeps its width; the phone takes the rest of the window.
     auto *right = new QVBoxLayout;
-    right->addWidget(m_editor, 1);
+    right->addWidget(m_editor);
+    right->addStretch(1);
     right->addLayout(buttons);
 
     auto *central = new QWidget(this);
     auto *layout = new QHBoxLayout(central);
     layout->addWidget(m_keypad, 1);
-    layout->addLayout(right, 1);
+    layout->addLayout(right);
     setCentralWidget(central);
 
     connect(m_document, &Document::MessageRaised, this, &MainWindow::ShowMessage);
@@ -122,6 +127,7 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
 
     connect(m_keypad, &PhoneKeypad::KeyButtonFocused, this, &MainWindow::RefreshKeyDisplay);
     connect(m_keypad, &PhoneKeypad::KeyButtonReleased, this, &MainWindow::RefreshKeyDisplay);
+    connect(m_keypad, &PhoneKeypad::KeyButtonPressed, this, &MainWindow::RefreshKeyDisplay);
     connect(m_keypad, &PhoneKeypad::KeyButtonFocusLost, this, [this] { RefreshKeyDisplay(-1); });
 
     connect(m_editor, &ActionEditor::ActionEdited, this, &MainWindow::ActionEdited);
@@ -213,6 +219,7 @@ void MainWindow::Startup(const QStringList &arguments)
     SetLanguage(m_settings.Language);
     ApplyQtLanguage();
     ApplyMainWindowLanguage();
+    resize(OpeningSize(*this));
     if (m_settings.Left > 0)
         move(m_settings.Left, y());
     if (m_settings.Top > 0)
@@ -247,6 +254,8 @@ void MainWindow::Startup(const QStringList &arguments)
 
 void MainWindow::ApplyMainWindowLanguage()
 {
+    // Longer words in the editor widen the window, not shrink the phone.
+    const int keypadWidth = m_keypad->width();
     m_fileMenu->setTitle(LanguageText(EditorText::MenuFile));
     m_openAction->setText(LanguageText(EditorText::MenuOpen));
     m_newFromTemplateAction->setText(LanguageText(EditorText::MenuNewFromTemplate));
@@ -281,6 +290,13 @@ void MainWindow::ApplyMainWindowLanguage()
     UpdateCaption();
     UpdateToolTip(-1);
     RefreshKeyDisplay(-1);
+    KeepWidthForTexts(*m_saveButton,
+                      {LanguageText(EditorText::ButtonSaveProfile), LanguageText(EditorText::ButtonSaveKeymap)});
+    QStringList titles;
+    for (int key = 0; key < PhoneKeys::Count; ++key)
+        titles << KeyFrameTitle(key);
+    m_editor->KeepWidthForTitles(titles);
+    GrowToKeepWidth(*this, *m_keypad, keypadWidth);
 }
 
 void MainWindow::UpdateCaption()
@@ -313,9 +329,9 @@ bool MainWindow::CheckSaved()
     return true;
 }
 
-QString MainWindow::KeyDisplayText(int index) const
+QString MainWindow::KeyFrameTitle(int index) const
 {
-    return PhoneKeyDisplayName(index);
+    return m_texts.FrameText + " \""_L1 + PhoneKeyDisplayName(index) + u'"';
 }
 
 void MainWindow::RefreshKeyDisplay(int index)
@@ -323,7 +339,7 @@ void MainWindow::RefreshKeyDisplay(int index)
     if (index >= 0 && index < PhoneKeys::Count)
         m_activeButton = index;
     m_keypad->SetActiveButton(m_activeButton);
-    m_editor->setTitle(m_texts.FrameText + " \""_L1 + KeyDisplayText(m_activeButton) + u'"');
+    m_editor->setTitle(KeyFrameTitle(m_activeButton));
     m_editor->ShowAction(m_document->Action(m_activeButton));
 }
 
@@ -331,8 +347,12 @@ void MainWindow::UpdateToolTip(int scope)
 {
     const int first = scope == -1 ? 0 : m_activeButton;
     const int last = scope == -1 ? PhoneKeys::Count - 1 : m_activeButton;
-    for (int key = first; key <= last; ++key)
-        m_keypad->CMD(key)->setToolTip(KeyActionToolTip(m_document->Action(key), m_texts));
+    for (int key = first; key <= last; ++key) {
+        const QString tip = KeyActionToolTip(m_document->Action(key), m_texts);
+        m_keypad->CMD(key)->setToolTip(tip);
+        // Screen readers announce the action with the key's name.
+        m_keypad->CMD(key)->setAccessibleDescription(tip.trimmed());
+    }
 }
 
 void MainWindow::ActionEdited(const KeyAction &action)

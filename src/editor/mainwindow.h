@@ -106,7 +106,8 @@ private:
     void CaptureKeyboard(int index);
     // The countdown is over or taken back: the window as before it.
     void EndSnapshot();
-    QString KeyDisplayText(int index) const;
+    // The editor's title for a key: the frame text and the key's name in quotes.
+    QString KeyFrameTitle(int index) const;
     void FocusWindowChanged(QWindow *window);
     void WriteBackSettings();
     // The port, speed and language the settings window stored.

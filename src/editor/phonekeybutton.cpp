@@ -6,6 +6,7 @@
 #include "phoneart/keyface.h"
 
 #include <QFocusEvent>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
@@ -133,4 +134,30 @@ void PhoneKeyButton::mouseReleaseEvent(QMouseEvent *event)
     QAbstractButton::mouseReleaseEvent(event);
     if (rect().contains(event->position().toPoint()))
         emit Released(m_index);
+}
+
+void PhoneKeyButton::keyPressEvent(QKeyEvent *event)
+{
+    const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+    switch (event->key()) {
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+        if (!plain)
+            break;
+        emit ArrowPressed(m_index, event->key());
+        return;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        // Enter presses the key as Space does.
+        if (!plain)
+            break;
+        if (!event->isAutoRepeat())
+            click();
+        return;
+    default:
+        break;
+    }
+    QAbstractButton::keyPressEvent(event);
 }

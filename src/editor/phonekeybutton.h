@@ -7,8 +7,9 @@
 #include <QPainterPath>
 #include <QRectF>
 
-// One key of the phone picture: a real button (focusable, Space presses it) that
-// paints itself as a key cap. The keypad gives it its outline.
+// One key of the phone picture: a real button (focusable, Space and Enter press
+// it) that paints itself as a key cap. The keypad gives it its outline and moves
+// the focus on the arrow keys.
 class PhoneKeyButton : public QAbstractButton
 {
     Q_OBJECT
@@ -35,6 +36,8 @@ signals:
     void Focused(int index);
     void Released(int index);
     void FocusLost(int index);
+    // An arrow key was pressed on the key (Qt::Key_Left, _Right, _Up or _Down).
+    void ArrowPressed(int index, int key);
 
 protected:
     bool event(QEvent *event) override;
@@ -43,6 +46,7 @@ protected:
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
     void PaintCap(QPainter &painter, const KeyCapState &state);

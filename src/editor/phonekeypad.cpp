@@ -69,21 +69,20 @@ PhoneKeypad::PhoneKeypad(QWidget *parent) : QWidget(parent)
             button->setAccessibleName(name.Name.English.toString());
         else
             button->setText(name.Name.English.toString());
-        connect(button, &PhoneKeyButton::Focused, this, &PhoneKeypad::KeyButtonFocused);
+        connect(button, &PhoneKeyButton::Focused, this, [this](int focused) {
+            SetTabStop(focused);
+            emit KeyButtonFocused(focused);
+        });
+        connect(button, &QAbstractButton::clicked, this, [this, index] { emit KeyButtonPressed(index); });
+        connect(button, &PhoneKeyButton::ArrowPressed, this, [this](int from, int arrow) {
+            if (QAbstractButton *to = CMD(KeyTowards(from, arrow)); to && to->isEnabled())
+                to->setFocus(Qt::OtherFocusReason);
+        });
         connect(button, &PhoneKeyButton::Released, this, &PhoneKeypad::KeyButtonReleased);
         connect(button, &PhoneKeyButton::FocusLost, this, &PhoneKeypad::KeyButtonFocusLost);
         m_buttons.at(static_cast<std::size_t>(index)) = button;
     }
-    // Tab runs as the eye reads: soft keys and joystick, the digits, then the side keys.
-    const std::array<int, PhoneKeys::Count> tabOrder = {
-        PhoneKeys::Lsk,      PhoneKeys::Up,       PhoneKeys::Left,     PhoneKeys::Joy,      PhoneKeys::Right,
-        PhoneKeys::Down,     PhoneKeys::Rsk,      PhoneKeys::Digit(1), PhoneKeys::Digit(2), PhoneKeys::Digit(3),
-        PhoneKeys::Digit(4), PhoneKeys::Digit(5), PhoneKeys::Digit(6), PhoneKeys::Digit(7), PhoneKeys::Digit(8),
-        PhoneKeys::Digit(9), PhoneKeys::Star,     PhoneKeys::Digit(0), PhoneKeys::Hash,     PhoneKeys::VolUp,
-        PhoneKeys::VolDown,  PhoneKeys::Cam,
-    };
-    for (std::size_t i = 1; i < tabOrder.size(); ++i)
-        setTabOrder(CMD(tabOrder.at(i - 1)), CMD(tabOrder.at(i)));
+    SetTabStop(PhoneKeys::Lsk);
     LayOut();
 }
 
@@ -97,8 +96,60 @@ QAbstractButton *PhoneKeypad::CMD(int index) const
 void PhoneKeypad::SetActiveButton(int index)
 {
     m_activeButton = index >= 0 && index < PhoneKeys::Count ? index : -1;
+    if (m_activeButton >= 0)
+        SetTabStop(m_activeButton);
     for (PhoneKeyButton *button : m_buttons)
         button->SetActive(button->Index() == m_activeButton);
+}
+
+void PhoneKeypad::SetTabStop(int index)
+{
+    for (PhoneKeyButton *button : m_buttons)
+        button->setFocusPolicy(button->Index() == index ? Qt::StrongFocus : Qt::ClickFocus);
+}
+
+int PhoneKeypad::KeyTowards(int from, int arrow) const
+{
+    const QAbstractButton *origin = CMD(from);
+    if (!origin)
+        return from;
+    // Along is the distance in the arrow's direction, across the distance
+    // sideways; a key counts when it lies within 45 degrees of the direction.
+    const QPointF start = QRectF(origin->geometry()).center();
+    const auto alongAndAcross = [arrow](QPointF offset) -> std::pair<qreal, qreal> {
+        switch (arrow) {
+        case Qt::Key_Left:
+            return {-offset.x(), offset.y()};
+        case Qt::Key_Right:
+            return {offset.x(), offset.y()};
+        case Qt::Key_Up:
+            return {-offset.y(), offset.x()};
+        case Qt::Key_Down:
+            return {offset.y(), offset.x()};
+        default:
+            return {0, 0};
+        }
+    };
+    const auto inJoystick = [](int key) { return KeyCapStyleOf(key) == KeyCapStyle::JoystickDirection; };
+    int best = from;
+    qreal bestScore = 0;
+    for (const PhoneKeyButton *button : m_buttons) {
+        const int key = button->Index();
+        // The joystick is entered at its middle: its directions lie around the
+        // press and are reached from there.
+        if (key == from || (inJoystick(key) && !inJoystick(from) && from != PhoneKeys::Joy))
+            continue;
+        const auto [along, across] = alongAndAcross(QRectF(button->geometry()).center() - start);
+        if (along <= 0 || qAbs(across) > along)
+            continue;
+        // A key straight ahead beats a nearer one off to the side.
+        const qreal score = along + 2 * qAbs(across);
+        if (best == from || score < bestScore) {
+            best = key;
+            bestScore = score;
+        }
+    }
+    return best;
 }
 
 void PhoneKeypad::SetKeyButtonsEnabled(bool enabled)

@@ -51,7 +51,7 @@ public:
 
     QAbstractButton *CMD(int index) const;
     // That button drawn pressed (it stays so while the focus is elsewhere), the others
-    // not; -1 for none.
+    // not; -1 for none. It becomes the keypad's tab stop.
     void SetActiveButton(int index);
     int ActiveButton() const { return m_activeButton; }
     // All 22 at once, e.g. while the keyboard capture counts down.
@@ -59,6 +59,11 @@ public:
     // Shown on the screen, shrunk to fit and centred; a null image clears it.
     void SetPicture(const QImage &picture);
     QWidget *ScreenArea() const;
+
+    // The key an arrow key (Qt::Key_Left, _Right, _Up, _Down) moves to from the
+    // key given: the nearest one that way as the keys are drawn; from itself when
+    // there is none.
+    int KeyTowards(int from, int arrow) const;
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -68,6 +73,9 @@ signals:
     void KeyButtonFocused(int index);
     // The mouse was released on a key button.
     void KeyButtonReleased(int index);
+    // A key button was pressed: clicked, Space or Enter, or an assistive tool's
+    // Press action.
+    void KeyButtonPressed(int index);
     // A key button lost the focus to another widget of the window (not to another
     // window or a menu).
     void KeyButtonFocusLost(int index);
@@ -80,6 +88,9 @@ protected:
 
 private:
     void LayOut();
+    // The keypad is one stop in the window's tab chain, like a grid: only this
+    // key takes the focus from Tab; the arrows move between the keys.
+    void SetTabStop(int index);
     // Starts drawing the body for the present size and palette, placed so on the
     // device, unless that drawing is under way or done.
     void RenderBody(const DevicePlacement &at);

@@ -86,7 +86,7 @@ void UploadWindow::StartTransfer()
     m_job = m_makeJob(m_request);
     if (m_abortRequested)
         m_job->Abort();
-    connect(m_job.get(), &UploadJob::StatusChanged, m_status, &QLabel::setText);
+    connect(m_job.get(), &UploadJob::StatusChanged, this, &UploadWindow::ShowStatus);
     connect(m_job.get(), &UploadJob::ProgressChanged, this, &UploadWindow::ShowProgress);
     connect(m_job.get(), &UploadJob::Finished, this, &UploadWindow::TransferEnded);
     m_signals = std::make_unique<UploadSignalGuard>(*m_job, DeleteTempFilesFromSignalHandler);
@@ -118,7 +118,18 @@ void UploadWindow::ShowProgress(qint64 bytesSent, qint64 total, qint32 /*rate*/,
     const int percent = UploadJob::Percent(bytesSent, total);
     setWindowTitle(UploadJob::ProgressCaption(percent));
     m_progress->setValue(percent);
+    ShowStatus(text);
+}
+
+void UploadWindow::ShowStatus(const QString &text)
+{
     m_status->setText(text);
+    // A text of another language or with a long file name wraps onto more
+    // lines than the first one had: the window grows rather than cut it.
+    layout()->activate();
+    const int needed = heightForWidth(width());
+    if (needed > height())
+        resize(width(), needed);
 }
 
 void UploadWindow::TransferEnded(UploadResult result)

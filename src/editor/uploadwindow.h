@@ -66,6 +66,8 @@ protected:
 private:
     void StartTransfer();
     void AbortTransfer();
+    // A status text, the window grown when it takes more lines than there is room for.
+    void ShowStatus(const QString &text);
     void ShowProgress(qint64 bytesSent, qint64 total, qint32 rate, const QString &text);
     void TransferEnded(UploadResult result);
 

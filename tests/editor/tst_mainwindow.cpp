@@ -9,6 +9,8 @@
 
 #include "../testfiles.h"
 
+#include <QAccessible>
+#include <QAccessibleActionInterface>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -287,6 +289,50 @@ private slots:
         QCOMPARE(std::pair(int(captured.Modifiers), int(captured.KeyCode)), std::pair(0, 67)); // C alone
     }
 
+    // Every focusable control has a name for screen readers, on both panels;
+    // their Press selects a key, whose description follows its edits. Tab takes
+    // the keypad as one stop, then the editor in the order it is seen.
+    void keyboardAndScreenReaderUse()
+    {
+        MainWindow &window = Start();
+        ActionEditor *editor = window.Editor();
+        const std::function<void(QAccessibleInterface *, QStringList &)> unnamed = [&](QAccessibleInterface *node,
+                                                                                       QStringList &found) {
+            if (node->state().focusable && node->text(QAccessible::Name).trimmed().isEmpty())
+                found << QString::fromLatin1(node->object()->metaObject()->className()) + u' '
+                             + node->object()->objectName();
+            for (int i = 0; i < node->childCount(); ++i)
+                unnamed(node->child(i), found);
+        };
+        for (const int key : {PhoneKeys::Lsk, PhoneKeys::Digit(1)}) {
+            QAccessibleInterface *button = QAccessible::queryAccessibleInterface(window.Keypad()->CMD(key));
+            button->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+            QTRY_COMPARE(window.ActiveButton(), key);
+            QCOMPARE(editor->IsMousePanelShown(), key == PhoneKeys::Lsk);
+            QStringList found;
+            unnamed(QAccessible::queryAccessibleInterface(&window), found);
+            QVERIFY2(found.isEmpty(), qPrintable(found.join(u", "_s)));
+        }
+        QCOMPARE(QAccessible::queryAccessibleInterface(editor->ModifierBox(5))->text(QAccessible::Name),
+                 u"Ctrl (right)"_s);
+        editor->ModifierBox(1)->click();
+        QCOMPARE(QAccessible::queryAccessibleInterface(window.Keypad()->CMD(PhoneKeys::Digit(1)))
+                     ->text(QAccessible::Description),
+                 u"CTRL + Escape"_s); // the default profile has Escape on it
+
+        QList<QWidget *> chain{window.Keypad()->CMD(PhoneKeys::Digit(1)), editor->DeviceList()};
+        for (int i = 0; i < ActionEditor::ModifierBoxCount; ++i)
+            chain << editor->ModifierBox(i % 2 * 4 + i / 2); // row by row
+        chain << editor->SpecialKeyList() << editor->SnapshotButton() << editor->CommentBox()
+              << window.LoadPictureButton() << window.SendButton() << window.SaveButton() << chain.first();
+        QList<QWidget *> visited{QApplication::focusWidget()};
+        while (visited.size() < chain.size()) {
+            QTest::keyClick(visited.last(), Qt::Key_Tab);
+            visited << QApplication::focusWidget();
+        }
+        QCOMPARE(visited, chain);
+    }
+
     // The language file at start, and the one chosen in the settings later,
     // apply to the whole window at once, Qt's own texts included (the file
     // names no locale: its name says German).
@@ -296,10 +342,10 @@ private slots:
             return std::pair(QDialogButtonBox(QDialogButtonBox::Cancel).button(QDialogButtonBox::Cancel)->text(),
                              QKeySequence(QKeySequence::Open).toString(QKeySequence::NativeText));
         };
-        QVERIFY(WriteFile(
-            Path(u"Deutsch.lng"_s),
-            "[MainWindow]\r\nFrame=Funktion der Taste:\r\nButton_SaveProfile=Profil speichern\r\n"
-            "Button_Left=&Links\r\nToolTip_Mouse4=Maus hoch\r\n[CommonDialog]\r\nFile_Unnamed=Unbenannt\r\n"));
+        QVERIFY(WriteFile(Path(u"Deutsch.lng"_s),
+                          "[MainWindow]\r\nFrame=Funktion der Taste:\r\nButton_SaveProfile=Profil speichern\r\n"
+                          "Button_Left=&Links\r\nButton_LoadPicture=Ein Bild von der Festplatte "
+                          "laden\r\nToolTip_Mouse4=Maus hoch\r\n[CommonDialog]\r\nFile_Unnamed=Unbenannt\r\n"));
         SettingsStore(Path(u"settings.ini"_s)).WriteLanguage(Path(u"Deutsch.lng"_s));
         MainWindow &window = Start();
         QCOMPARE(window.windowTitle(), u"Unbenannt - Padmapper"_s);
@@ -313,6 +359,16 @@ private slots:
         QCOMPARE(std::pair(window.windowTitle(), ToolTip(PhoneKeys::Up)),
                  std::pair(u"Unnamed - Padmapper"_s, u" - "_s));
         QCOMPARE(qtTexts(), std::pair(u"Cancel"_s, u"Ctrl+O"_s));
+        // Longer words widen the window; the phone keeps its size.
+        window.resize(window.sizeHint().width(), window.height()); // as an English window opens
+        QCoreApplication::processEvents();
+        const QSize keySize = window.Keypad()->CMD(PhoneKeys::Digit1)->size();
+        m_dialogs->OnConfigurePort = [this] { m_store->WriteLanguage(Path(u"Deutsch.lng"_s)); };
+        window.OpenSettings();
+        QCOMPARE(window.SaveButton()->text(), u"Profil speichern"_s);
+        const QSize change = window.Keypad()->CMD(PhoneKeys::Digit1)->size() - keySize;
+        QVERIFY2(qAbs(change.width()) <= 1 && qAbs(change.height()) <= 1, // rounding to pixels
+                 qPrintable(u"%1x%2"_s.arg(change.width()).arg(change.height())));
     }
 };
 

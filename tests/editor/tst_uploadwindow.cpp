@@ -121,6 +121,11 @@ private slots:
         QVERIFY(upload.job->Request.OwnsProfile);
         emit upload.job->StatusChanged(u"Opening /dev/rfcomm0 ..."_s);
         QCOMPARE(window.StatusLabel()->text(), u"Opening /dev/rfcomm0 ..."_s);
+        // A text longer than the first wraps, and the window grows to show all of it.
+        emit upload.job->StatusChanged(
+            u"Ein Profil mit recht langem Namen.hid (12 KB) erfolgreich zum Telefon übertragen!"_s);
+        QLabel *status = window.StatusLabel();
+        QVERIFY(status->height() >= status->heightForWidth(status->width()));
         emit upload.job->ProgressChanged(42999, 100000, 11000, u"Sending Game.hid"_s);
         QCOMPARE(window.windowTitle(), u"42%  Fileupload"_s);
         QCOMPARE(window.Progress()->value(), 42);
