@@ -20,6 +20,7 @@
 #include "settings/qtlanguage.h"
 #include "settings/readme.h"
 #include "settingswindow.h"
+#include "shortcutsinhibitor.h"
 #include "support/nativefile.h"
 #include "support/programpaths.h"
 #include "transport/uploadjobs.h"
@@ -79,6 +80,7 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
     m_editor = new ActionEditor(this);
     m_heldKeys = new HeldKeys(this);
     qApp->installEventFilter(m_heldKeys);
+    m_shortcuts = new ShortcutsInhibitor(this);
 
     m_saveButton = new QPushButton(this);
     m_sendButton = new QPushButton(this);
@@ -128,6 +130,7 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
     connect(&m_countdown, &SnapshotCountdown::Finished, this, [this] {
         m_heldKeys->SetSwallowing(false);
         CaptureKeyboard(m_activeButton);
+        m_shortcuts->Release();
     });
 
     UpdateCaption();
@@ -343,9 +346,13 @@ void MainWindow::StartSnapshot()
 {
     if (m_countdown.IsCounting())
         return;
+    // A key button losing the focus as they are disabled would pass it, and
+    // with it the selection, on to the next one.
+    m_editor->SnapshotButton()->setFocus();
     m_keypad->SetKeyButtonsEnabled(false);
     m_editor->SetMessage(LanguageText(EditorText::PressKeys), false);
     m_heldKeys->SetSwallowing(true);
+    m_shortcuts->Inhibit(windowHandle());
     m_countdown.Start();
 }
 
@@ -362,6 +369,8 @@ void MainWindow::CaptureKeyboard(int index)
     m_keypad->SetKeyButtonsEnabled(true);
     RefreshKeyDisplay(-1);
     UpdateToolTip(0);
+    if (m_shortcuts->MayKeepChords())
+        m_editor->SetMessage(LanguageText(EditorText::ChordsKeptByDesktop), false);
     // A held key the phone cannot send is named as such.
     if (!found && HoldsUnsupportedKey(state))
         m_editor->SetMessage(LanguageText(EditorText::KeyNotSupported), true);
