@@ -37,6 +37,7 @@ public:
     QString OpenFileName(QWidget *, const QString &, const QString &, const QString &) override { return {}; }
     ChosenFile SaveFileName(QWidget *, const QString &, const QString &, const QString &) override { return {}; }
     bool ConfigurePort(QWidget *) override { return false; }
+    bool SetUpPrinter(QWidget *, QPrinter &, const QString &) override { return false; }
 };
 
 // The widget as drawn at that device pixel ratio.

@@ -2,6 +2,7 @@
 #include "clioutput.h"
 #include "devicescommand.h"
 #include "keymap/keytable.h"
+#include "overviewcommand.h"
 #include "portscommand.h"
 #include "profile/tempfiles.h"
 #include "profilecommands.h"
@@ -12,7 +13,13 @@
 
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QStringList>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -49,6 +56,14 @@ Commands:
                  BlueZ's OBEX service (obexd, package bluez-obexd), by Object
                  Push (default) or as an OBEX file transfer into the phone's
                  current folder. Status lines, messages and Ctrl-C as above.
+  overview PROFILE OUT
+                 Draw the overview of a profile (or of a bare keymap) as the
+                 editor prints it: the phone with the profile's picture and
+                 beside each key what it does, with its comment, in the
+                 language of --language. OUT ends in .pdf (one A4 page, its
+                 texts kept as text) or .png (A4 at 192 dpi). Needs no display.
+                 When the keymap has errors, their summary goes to standard
+                 error as with show, and OUT is not written.
   ports          List the serial ports the settings offer, one per line.
   devices        List the Bluetooth devices paired with this computer, one per
                  line: the address, a tab, the name.
@@ -59,6 +74,15 @@ Options:
   -v, --version        Show the version.
 
 Exit status: 0 success, 1 failure, 2 usage error.)"_s;
+
+// Qt's messages as Qt writes them, but for the note that the session has no
+// runtime folder: the offscreen platform asks for one that drawing into a file
+// never uses, and the note would only puzzle.
+void QuietAboutRuntimeFolder(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (!message.startsWith("QStandardPaths: XDG_RUNTIME_DIR"_L1))
+        std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, message)));
+}
 
 int UsageError(const QString &message)
 {
@@ -71,7 +95,19 @@ int UsageError(const QString &message)
 
 int main(int argc, char *argv[])
 {
-    QCoreApplication app(argc, argv);
+    // The overview needs fonts, which come with a QGuiApplication. On the
+    // offscreen platform that needs no display, so the tool runs the same on a
+    // desktop, over ssh and in a build job.
+    const bool draws = std::any_of(argv + 1, argv + argc,
+                                   [](const char *arg) { return std::strcmp(arg, "overview") == 0; });
+    std::unique_ptr<QCoreApplication> app;
+    if (draws) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        qInstallMessageHandler(QuietAboutRuntimeFolder);
+        app = std::make_unique<QGuiApplication>(argc, argv);
+    } else {
+        app = std::make_unique<QCoreApplication>(argc, argv);
+    }
     QCoreApplication::setApplicationName(u"padmapper-cli"_s);
     QCoreApplication::setApplicationVersion(QString::fromLatin1(PADMAPPER_VERSION));
 
@@ -153,6 +189,10 @@ int main(int argc, char *argv[])
         if (positional.size() != 3)
             return UsageError(u"pack takes a picture, a keymap and the profile to write"_s);
         status = RunPack(positional[0], positional[1], positional[2]);
+    } else if (command == "overview"_L1) {
+        if (positional.size() != 2)
+            return UsageError(u"overview takes a profile and the file to write"_s);
+        status = RunOverview(positional[0], positional[1]);
     } else {
         return UsageError(u"unknown command %1"_s.arg(command));
     }

@@ -14,6 +14,7 @@
 #include <QEvent>
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -158,6 +159,9 @@ ActionEditor::ActionEditor(QWidget *parent) : QGroupBox(parent)
     m_commentLabel = new QLabel(this);
     m_comment = new QLineEdit(this);
     m_commentLabel->setBuddy(m_comment);
+    // Undo and Redo in the comment box are the document's, as everywhere else:
+    // the box's own history would be a second one that forgets on every key.
+    m_comment->installEventFilter(this);
     connect(m_comment, &QLineEdit::textEdited, this, [this](const QString &text) {
         m_action.Comment = text;
         emit ActionEdited(m_action);
@@ -284,6 +288,16 @@ void ActionEditor::SetMessage(const QString &text, bool isError)
                      isError ? QColor(200, 30, 30) : this->palette().color(QPalette::WindowText));
     m_message->setPalette(palette);
     m_message->setText(text);
+}
+
+bool ActionEditor::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_comment && event->type() == QEvent::ShortcutOverride) {
+        const auto *key = static_cast<QKeyEvent *>(event);
+        if (key->matches(QKeySequence::Undo) || key->matches(QKeySequence::Redo))
+            return true;
+    }
+    return QGroupBox::eventFilter(watched, event);
 }
 
 void ActionEditor::changeEvent(QEvent *event)

@@ -11,6 +11,7 @@
 
 #include <QFileDialog>
 #include <QMessageBox>
+#include <QPrintDialog>
 
 void StandardEditorDialogs::ShowMessage(QWidget *parent, const DocumentMessage &message)
 {
@@ -69,4 +70,11 @@ bool StandardEditorDialogs::ConfigurePort(QWidget *parent)
     FileTypes fileTypes(QCoreApplication::applicationFilePath());
     SettingsWindow window(store, fileTypes, parent);
     return window.exec() == QDialog::Accepted;
+}
+
+bool StandardEditorDialogs::SetUpPrinter(QWidget *parent, QPrinter &printer, const QString &title)
+{
+    QPrintDialog dialog(&printer, parent);
+    dialog.setWindowTitle(title);
+    return dialog.exec() == QDialog::Accepted;
 }

@@ -4,6 +4,7 @@
 #include <QString>
 
 struct DocumentMessage;
+class QPrinter;
 class QWidget;
 
 // The modal questions and messages of the editor, behind one seam so that
@@ -33,6 +34,9 @@ public:
                                     const QString &filter) = 0;
     // The settings window; true when the user confirmed (and it stored them).
     virtual bool ConfigurePort(QWidget *parent) = 0;
+    // The print dialog, titled title, which sets up the printer; false when
+    // the user cancels.
+    virtual bool SetUpPrinter(QWidget *parent, QPrinter &printer, const QString &title) = 0;
 };
 
 // The path a save dialog's answer stands for: completed with the chosen
@@ -49,4 +53,5 @@ public:
     ChosenFile SaveFileName(QWidget *parent, const QString &title, const QString &proposedPath,
                             const QString &filter) override;
     bool ConfigurePort(QWidget *parent) override;
+    bool SetUpPrinter(QWidget *parent, QPrinter &printer, const QString &title) override;
 };

@@ -80,6 +80,19 @@ enum class EditorText {
     // the about window
     AboutDescription,
     AboutLicence,
+    // the printable overview
+    MenuPrint,
+    MenuOverview,
+    PrintCaption,
+    SaveOverviewCaption,
+    OverviewPdfFilter,
+    OverviewPngFilter,
+    // the Edit menu and the recent files
+    MenuEdit,
+    MenuUndo,
+    MenuRedo,
+    MenuRecent,
+    RecentFileMissing,
     Count
 };
 
@@ -154,6 +167,18 @@ inline constexpr auto EditorTexts = UiTextTable<EditorText>({
     {EditorText::AboutDescription, u"MainWindow", u"About_Description",
      u"Editor for the remote-control profiles of Sony Ericsson phones."},
     {EditorText::AboutLicence, u"MainWindow", u"About_Licence", u"GNU General Public License, version 3 or later"},
+    {EditorText::MenuPrint, u"MainWindow", u"Menu_Print", u"&Print..."},
+    {EditorText::MenuOverview, u"MainWindow", u"Menu_Overview", u"&Overview..."},
+    {EditorText::PrintCaption, u"CommonDialog", u"Caption_Print", u"Print Overview"},
+    {EditorText::SaveOverviewCaption, u"CommonDialog", u"Caption_SaveOverview", u"Save Overview as..."},
+    {EditorText::OverviewPdfFilter, u"CommonDialog", u"Filter_pdf", u"PDF Documents (*.pdf)"},
+    {EditorText::OverviewPngFilter, u"CommonDialog", u"Filter_png", u"PNG Pictures (*.png)"},
+    {EditorText::MenuEdit, u"MainWindow", u"Menu_Edit", u"&Edit"},
+    {EditorText::MenuUndo, u"MainWindow", u"Menu_Undo", u"&Undo"},
+    {EditorText::MenuRedo, u"MainWindow", u"Menu_Redo", u"&Redo"},
+    {EditorText::MenuRecent, u"MainWindow", u"Menu_Recent", u"&Recent"},
+    {EditorText::RecentFileMissing, u"Errors", u"RecentFileMissing",
+     u"%f is no longer there. It was taken off the list of recent files."},
 });
 
 inline QString LanguageText(EditorText text)

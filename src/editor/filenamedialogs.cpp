@@ -83,3 +83,11 @@ QString FileNameDialogs::PictureToExport(const QString &name, const QString &ext
     const QString filter = LanguageText(EditorText::FileFilter) + " (*."_L1 + extension + ")|*."_L1 + extension;
     return AskSave(m_settings.PicPath, LanguageText(EditorText::SavePictureCaption), name + u'.' + extension, filter);
 }
+
+QString FileNameDialogs::OverviewToExport(const QString &name)
+{
+    // Kept with the profiles: an overview is printed and filed with them.
+    const QString filter = LanguageText(EditorText::OverviewPdfFilter) + "|*.pdf|"_L1
+                           + LanguageText(EditorText::OverviewPngFilter) + "|*.png"_L1;
+    return AskSave(m_settings.HidPath, LanguageText(EditorText::SaveOverviewCaption), name + ".pdf"_L1, filter);
+}

@@ -29,6 +29,8 @@ public:
     QString KeymapToImport();
     // Where to export the picture, proposing name with its extension.
     QString PictureToExport(const QString &name, const QString &extension);
+    // Where to export the overview, a PDF or a PNG, proposing name.
+    QString OverviewToExport(const QString &name);
 
 private:
     QString AskOpen(QString &folder, const QString &title, const QString &filter);

@@ -3,8 +3,10 @@
 
 #include <QGuiApplication>
 #include <QKeyEvent>
+#include <QKeySequence>
 #include <QWidget>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <memory>
@@ -305,6 +307,26 @@ int VirtualKeyOf(const QKeyEvent &event)
     return ByQtKey(event.key(), keypad);
 }
 
+bool IsUndoOrRedoChord(const KeyAction &action)
+{
+    if (action.IsMouse)
+        return false;
+    int modifiers = action.Modifiers;
+    const ModifierFlags flags = ModifierToFlags(modifiers);
+    QList<QKeySequence> chords = QKeySequence::keyBindings(QKeySequence::Undo);
+    chords << QKeySequence::keyBindings(QKeySequence::Redo);
+    return std::any_of(chords.cbegin(), chords.cend(), [&](const QKeySequence &chord) {
+        const QKeyCombination combination = chord[0];
+        const Qt::KeyboardModifiers held = combination.keyboardModifiers();
+        const int key = ByQtKey(combination.key(), false);
+        return key != 0 && key == action.KeyCode
+               && held.testFlag(Qt::ControlModifier) == bool(flags.LeftCtrl || flags.RightCtrl)
+               && held.testFlag(Qt::ShiftModifier) == bool(flags.LeftShift || flags.RightShift)
+               && held.testFlag(Qt::AltModifier) == bool(flags.LeftAlt || flags.RightAlt)
+               && held.testFlag(Qt::MetaModifier) == bool(flags.LeftWin || flags.RightWin);
+    });
+}
+
 HeldKeys::HeldKeys(QObject *parent) : QObject(parent)
 {
 #ifdef Q_OS_WIN
@@ -373,8 +395,12 @@ bool HeldKeys::eventFilter(QObject *watched, QEvent *event)
                 }
             }
         }
-        if (m_swallow)
+        if (m_swallow) {
+            if (event->type() == QEvent::KeyPress
+                && (key->matches(QKeySequence::Undo) || key->matches(QKeySequence::Redo)))
+                emit TakeBackPressed();
             return true;
+        }
         break;
     }
     case QEvent::ApplicationDeactivate:

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "keymap/keyboardcapture.h"
+#include "keymap/keymap.h"
 
 #include <QHash>
 #include <QObject>
@@ -17,6 +18,10 @@ class QKeyEvent;
 // key code where the platform gives one, otherwise the key's position (scan
 // code) for the digit row and punctuation and Qt's key for the rest.
 int VirtualKeyOf(const QKeyEvent &event);
+
+// Whether a keyboard action is one of the platform's Undo or Redo chords
+// (Ctrl+Z, Ctrl+Y, Ctrl+Shift+Z, ...), either side's modifiers counting.
+bool IsUndoOrRedoChord(const KeyAction &action);
 
 // Keeps track of the keys held while the application has a focused window, as
 // the keyboard snapshot of the capture needs them. While swallowing, key events
@@ -60,6 +65,13 @@ public:
         m_held.remove(virtualKey);
         m_pressedWith.remove(virtualKey);
     }
+
+signals:
+    // Undo or Redo was pressed while swallowing. The Snapshot takes it as the
+    // user's wish to take the capture back: a user who presses Ctrl+Z during
+    // the countdown means to undo, and must neither find Ctrl+Z stored as the
+    // key's chord nor have an older step undone under the capture.
+    void TakeBackPressed();
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;

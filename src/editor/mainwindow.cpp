@@ -3,6 +3,7 @@
 
 #include "aboutdialog.h"
 #include "actioneditor.h"
+#include "editmenu.h"
 #include "editordialogs.h"
 #include "editortexts.h"
 #include "heldkeys.h"
@@ -11,12 +12,14 @@
 #include "keymap/keymapwriter.h"
 #include "keymap/keytable.h"
 #include "keymapview.h"
+#include "overviewcommands.h"
 #include "phone/profileupload.h"
 #include "phonekeypad.h"
 #include "profile/document.h"
 #include "profile/picture.h"
 #include "profile/tempfiles.h"
 #include "readmeview.h"
+#include "recentfilesmenu.h"
 #include "settings/qtlanguage.h"
 #include "settings/readme.h"
 #include "settingswindow.h"
@@ -103,6 +106,11 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
     setCentralWidget(central);
 
     connect(m_document, &Document::MessageRaised, this, &MainWindow::ShowMessage);
+    connect(m_recentMenu, &RecentFilesMenu::MessageRaised, this, &MainWindow::ShowMessage);
+    connect(m_recentMenu, &RecentFilesMenu::FileChosen, this, [this](const QString &path) {
+        if (CheckSaved())
+            OpenFile(path);
+    });
     connect(m_document, &Document::PictureChanged, this, [this] {
         m_keypad->SetPicture(m_document->Picture().Image);
         UpdateCaption();
@@ -118,7 +126,6 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
     connect(m_keypad, &PhoneKeypad::KeyButtonFocusLost, this, [this] { RefreshKeyDisplay(-1); });
 
     connect(m_editor, &ActionEditor::ActionEdited, this, &MainWindow::ActionEdited);
-    connect(m_editor->SnapshotButton(), &QPushButton::clicked, this, &MainWindow::StartSnapshot);
 
     connect(m_saveButton, &QPushButton::clicked, this, [this] { (void)Save(); });
     connect(m_sendButton, &QPushButton::clicked, this, &MainWindow::SendProfile);
@@ -126,12 +133,7 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
 
     m_focusWindowWatch = connect(qApp, &QGuiApplication::focusWindowChanged, this, &MainWindow::FocusWindowChanged);
 
-    connect(&m_countdown, &SnapshotCountdown::Counted, m_editor->SnapshotButton(), &QPushButton::setText);
-    connect(&m_countdown, &SnapshotCountdown::Finished, this, [this] {
-        m_heldKeys->SetSwallowing(false);
-        CaptureKeyboard(m_activeButton);
-        m_shortcuts->Release();
-    });
+    ConnectSnapshot();
 
     UpdateCaption();
 }
@@ -152,6 +154,8 @@ void MainWindow::BuildMenus()
     m_fileMenu = menuBar()->addMenu(QString());
     m_openAction = m_fileMenu->addAction(QString(), this, &MainWindow::Open);
     m_openAction->setShortcut(QKeySequence::Open);
+    m_recentMenu = new RecentFilesMenu(*m_document, m_store, this);
+    m_fileMenu->addMenu(m_recentMenu);
     m_saveAction = m_fileMenu->addAction(QString(), this, [this] { (void)Save(); });
     m_saveAction->setShortcut(QKeySequence::Save);
     m_saveAsAction = m_fileMenu->addAction(QString(), this, [this] { (void)SaveAs(); });
@@ -166,6 +170,11 @@ void MainWindow::BuildMenus()
     m_exportMenu = m_fileMenu->addMenu(QString());
     m_exportPictureAction = m_exportMenu->addAction(QString(), this, &MainWindow::ExportPicture);
     m_exportKeymapAction = m_exportMenu->addAction(QString(), this, &MainWindow::ExportKeymap);
+    m_exportOverviewAction = m_exportMenu->addAction(QString(), this, [this] {
+        ExportOverview(*m_document, m_fileNames, m_dialogs, this);
+    });
+    m_printAction = m_fileMenu->addAction(QString(), this, [this] { PrintOverview(*m_document, m_dialogs, this); });
+    m_printAction->setShortcut(QKeySequence::Print);
     m_fileMenu->addSeparator();
     m_uploadAction = m_fileMenu->addAction(QString(), this, &MainWindow::SendProfile);
     m_viewKeymapAction = m_fileMenu->addAction(QString(), this, &MainWindow::ViewKeymap);
@@ -176,6 +185,8 @@ void MainWindow::BuildMenus()
     m_exitAction->setShortcut(QKeySequence::Quit);
     m_exitAction->setMenuRole(QAction::QuitRole);
 
+    m_editMenu = new EditMenu(*m_document, this);
+    menuBar()->addMenu(m_editMenu);
     m_helpMenu = menuBar()->addMenu(QString());
     m_readmeAction = m_helpMenu->addAction(QString(), this, &MainWindow::OpenReadme);
     m_readmeAction->setShortcut(QKeySequence::HelpContents);
@@ -246,6 +257,8 @@ void MainWindow::ApplyMainWindowLanguage()
     m_exportMenu->setTitle(LanguageText(EditorText::MenuExport));
     m_exportPictureAction->setText(LanguageText(EditorText::MenuPicture));
     m_exportKeymapAction->setText(LanguageText(EditorText::MenuKeymap));
+    m_exportOverviewAction->setText(LanguageText(EditorText::MenuOverview));
+    m_printAction->setText(LanguageText(EditorText::MenuPrint));
     m_uploadAction->setText(LanguageText(EditorText::MenuFileUpload));
     m_viewKeymapAction->setText(LanguageText(EditorText::MenuViewKeymap));
     m_settingsAction->setText(LanguageText(EditorText::MenuSettings));
@@ -253,6 +266,8 @@ void MainWindow::ApplyMainWindowLanguage()
     m_helpMenu->setTitle(LanguageText(EditorText::MenuHelp));
     m_readmeAction->setText(LanguageText(EditorText::MenuReadme));
     m_aboutAction->setText(LanguageText(EditorText::MenuAbout));
+    m_editMenu->ApplyLanguage();
+    m_recentMenu->ApplyLanguage();
     m_popUpLoadAction->setText(LanguageText(EditorText::MenuPopUpLoad));
     m_popUpSaveAction->setText(LanguageText(EditorText::MenuPopUpSave));
     m_keypad->CMD(PhoneKeys::Lsk)->setText(LanguageText(PhoneKeyNames[PhoneKeys::Lsk].Name));
@@ -340,40 +355,6 @@ void MainWindow::FocusWindowChanged(QWindow *window)
     if (window == windowHandle() && m_activationFocusesFirstKey)
         m_keypad->CMD(FirstFocusedKey)->setFocus(Qt::ActiveWindowFocusReason);
     m_activationFocusesFirstKey = IsProgramWindow(QApplication::activeWindow());
-}
-
-void MainWindow::StartSnapshot()
-{
-    if (m_countdown.IsCounting())
-        return;
-    // A key button losing the focus as they are disabled would pass it, and
-    // with it the selection, on to the next one.
-    m_editor->SnapshotButton()->setFocus();
-    m_keypad->SetKeyButtonsEnabled(false);
-    m_editor->SetMessage(LanguageText(EditorText::PressKeys), false);
-    m_heldKeys->SetSwallowing(true);
-    m_shortcuts->Inhibit(windowHandle());
-    m_countdown.Start();
-}
-
-void MainWindow::CaptureKeyboard(int index)
-{
-    QApplication::beep();
-    const KeyboardState state = m_heldKeys->Snapshot();
-    KeyAction action = m_document->Action(index);
-    action.IsMouse = false;
-    const bool found = ::CaptureKeyboard(action, state);
-    m_document->SetAction(index, action);
-
-    m_editor->SnapshotButton()->setText(LanguageText(EditorText::ButtonSnapshot));
-    m_keypad->SetKeyButtonsEnabled(true);
-    RefreshKeyDisplay(-1);
-    UpdateToolTip(0);
-    if (m_shortcuts->MayKeepChords())
-        m_editor->SetMessage(LanguageText(EditorText::ChordsKeptByDesktop), false);
-    // A held key the phone cannot send is named as such.
-    if (!found && HoldsUnsupportedKey(state))
-        m_editor->SetMessage(LanguageText(EditorText::KeyNotSupported), true);
 }
 
 void MainWindow::ShowMessage(const DocumentMessage &message)
@@ -478,7 +459,10 @@ void MainWindow::dropEvent(QDropEvent *event)
     if (urls.isEmpty() || !urls.first().isLocalFile())
         return;
     event->acceptProposedAction();
-    m_document->Drop(LocalFileFromUrl(urls.first()));
+    const QString path = LocalFileFromUrl(urls.first());
+    const FileKind kind = FileKindOf(path);
+    if ((kind != FileKind::Profile && kind != FileKind::Keymap) || CheckSaved())
+        m_document->Drop(path);
 }
 
 void MainWindow::OpenSettings()

@@ -15,6 +15,7 @@
 class ActionEditor;
 class Document;
 class KeymapView;
+class EditMenu;
 class EditorDialogs;
 class HeldKeys;
 class PhoneKeypad;
@@ -23,6 +24,7 @@ class QAction;
 class QMenu;
 class QPushButton;
 class QWindow;
+class RecentFilesMenu;
 struct DocumentMessage;
 
 // The editor window: the phone with its 22 key buttons, the editor of the
@@ -45,6 +47,7 @@ public:
 
     Document &Doc() const { return *m_document; }
     PhoneKeypad *Keypad() const { return m_keypad; }
+    EditMenu *Edit() const { return m_editMenu; }
     ActionEditor *Editor() const { return m_editor; }
     QPushButton *SaveButton() const { return m_saveButton; }
     QPushButton *SendButton() const { return m_sendButton; }
@@ -97,7 +100,10 @@ private:
     void BuildMenus();
     void ShowMessage(const DocumentMessage &message);
     void ShowWriteFailed(const FileError &cause);
+    void ConnectSnapshot();
     void CaptureKeyboard(int index);
+    // The countdown is over or taken back: the window as before it.
+    void EndSnapshot();
     QString KeyDisplayText(int index) const;
     void FocusWindowChanged(QWindow *window);
     void WriteBackSettings();
@@ -122,6 +128,8 @@ private:
     QPushButton *m_loadPictureButton = nullptr;
     QMenu *m_fileMenu = nullptr;
     QMenu *m_helpMenu = nullptr;
+    EditMenu *m_editMenu = nullptr;
+    RecentFilesMenu *m_recentMenu = nullptr;
     QAction *m_openAction = nullptr;
     QAction *m_saveAction = nullptr;
     QAction *m_saveAsAction = nullptr;
@@ -131,6 +139,8 @@ private:
     QMenu *m_exportMenu = nullptr;
     QAction *m_exportPictureAction = nullptr;
     QAction *m_exportKeymapAction = nullptr;
+    QAction *m_exportOverviewAction = nullptr;
+    QAction *m_printAction = nullptr;
     QAction *m_uploadAction = nullptr;
     QAction *m_viewKeymapAction = nullptr;
     QAction *m_settingsAction = nullptr;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "editor/movementarrow.h"
 
-#include "editor/artshapes.h"
 #include "keymap/keymap.h"
+#include "phoneart/artshapes.h"
 
 #include <QIconEngine>
 #include <QPainter>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "editor/phoneart.h"
+#include "phoneart/phoneart.h"
 
 #include <QAbstractButton>
 #include <QPainterPath>
@@ -46,8 +46,6 @@ protected:
 
 private:
     void PaintCap(QPainter &painter, const KeyCapState &state);
-    void PaintCaption(QPainter &painter, const KeyCapState &state);
-    void PaintDigit(QPainter &painter, const KeyCapState &state);
 
     int m_index;
     KeyCapStyle m_style;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "editor/phonekeypad.h"
 
-#include "editor/phonegeometry.h"
 #include "editor/phonekeybutton.h"
+#include "phoneart/phonegeometry.h"
 #include "profile/picture.h"
 
 #include <QEvent>

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "editor/deviceplacement.h"
-#include "editor/phoneart.h"
 #include "keymap/keymap.h"
+#include "phoneart/phoneart.h"
 
 #include <QAbstractButton>
 #include <QImage>

@@ -26,7 +26,8 @@ wl_proxy *AsProxy(T *object)
 }
 
 // The registry name of the compositor's inhibit manager; 0 when it has none.
-struct ManagerGlobal {
+struct ManagerGlobal
+{
     uint32_t Name = 0;
 };
 
@@ -36,7 +37,9 @@ void GlobalAdded(void *data, wl_registry *, uint32_t name, const char *interface
         static_cast<ManagerGlobal *>(data)->Name = name;
 }
 
-void GlobalRemoved(void *, wl_registry *, uint32_t) {}
+void GlobalRemoved(void *, wl_registry *, uint32_t)
+{
+}
 
 constexpr wl_registry_listener RegistryListener = {GlobalAdded, GlobalRemoved};
 
@@ -72,7 +75,8 @@ zwp_keyboard_shortcuts_inhibit_manager_v1 *BindManager(wl_display *display)
 
 } // namespace
 
-struct ShortcutsInhibitor::Wayland {
+struct ShortcutsInhibitor::Wayland
+{
     wl_display *Display = nullptr;
     zwp_keyboard_shortcuts_inhibit_manager_v1 *Manager = nullptr;
     bool ManagerLookedUp = false;
@@ -87,12 +91,14 @@ struct ShortcutsInhibitor::Wayland {
 
 #else
 
-struct ShortcutsInhibitor::Wayland {
-};
+struct ShortcutsInhibitor::Wayland
+{};
 
 #endif
 
-ShortcutsInhibitor::ShortcutsInhibitor(QObject *parent) : QObject(parent), m_wayland(std::make_unique<Wayland>()) {}
+ShortcutsInhibitor::ShortcutsInhibitor(QObject *parent) : QObject(parent), m_wayland(std::make_unique<Wayland>())
+{
+}
 
 ShortcutsInhibitor::~ShortcutsInhibitor()
 {

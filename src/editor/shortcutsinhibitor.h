@@ -18,9 +18,9 @@ class ShortcutsInhibitor : public QObject
 
 public:
     enum class State {
-        Off,     // nothing asked: released, or not under Wayland
-        Asked,   // asked; the compositor has not let the keys through (yet)
-        Active,  // the compositor passes every key to the window
+        Off, // nothing asked: released, or not under Wayland
+        Asked, // asked; the compositor has not let the keys through (yet)
+        Active, // the compositor passes every key to the window
         Refused, // the compositor keeps its shortcuts or offers no way to ask
     };
 

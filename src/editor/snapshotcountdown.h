@@ -17,6 +17,8 @@ public:
 
     // Starts at "3..."; does nothing while counting.
     void Start();
+    // Ends the countdown without Finished.
+    void Stop() { m_timer.stop(); }
     bool IsCounting() const { return m_timer.isActive(); }
 
 signals:

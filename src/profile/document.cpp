@@ -4,7 +4,9 @@
 #include "profiletexts.h"
 
 #include "keymap/keymapreader.h"
+#include "profiletexts.h"
 #include "settings/commontexts.h"
+#include "support/nativefile.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -51,9 +53,13 @@ QString Document::Caption() const
 
 void Document::SetAction(PhoneKey key, const KeyAction &action)
 {
+    const Content before = CurrentContent();
+    KeyAction commentOnly = m_keymap[key];
+    commentOnly.Comment = action.Comment;
     m_keymap[key] = action;
     m_isSaved = false;
     emit KeyActionChanged(key);
+    Record(before, true, commentOnly == action ? key : -1);
 }
 
 void Document::SetCurrentFile(const QString &path)
@@ -151,6 +157,7 @@ bool Document::OpenProfile(const QString &path)
     }
     ReadKeymap(opened.KeymapText, true, opened.KeymapErrors);
     m_isSaved = true;
+    StartHistory();
     return true;
 }
 
@@ -166,6 +173,30 @@ bool Document::AdoptPicture(const QString &path)
     }
     emit PictureChanged();
     return decoded;
+}
+
+bool Document::AdoptDroppedPicture(const QString &path)
+{
+    // Taken into a copy first: a file that is no picture must not blank the
+    // picture shown.
+    ProfilePicture dropped = m_picture;
+    FileError copyError;
+    const bool decoded = ::AdoptPicture(path, dropped, &copyError);
+    if (copyError.Any()) {
+        Raise(ProfileMessage::CreatingFileFailed, copyError);
+        return false;
+    }
+    if (!decoded) {
+        if (dropped.PictureTempPath != m_picture.PictureTempPath)
+            RemoveFile(dropped.PictureTempPath);
+        const QString text = LanguageText(ProfileText::NotAPicture);
+        emit MessageRaised(DocumentMessage{QString(text).replace("%f"_L1, QFileInfo(path).fileName()),
+                                           LanguageText(ProfileText::NoteTitle), DocumentMessage::Icon::Exclamation});
+        return false;
+    }
+    m_picture = std::move(dropped);
+    emit PictureChanged();
+    return true;
 }
 
 void Document::RemovePicture()

@@ -8,6 +8,7 @@
 #include <QImage>
 #include <QObject>
 #include <QString>
+#include <QUndoStack>
 
 #include <optional>
 
@@ -27,6 +28,8 @@ struct DocumentMessage
 enum class FileKind { Profile, Keymap, Picture, Other };
 FileKind FileKindOf(const QString &path);
 
+class DocumentStep;
+
 // The one open document: the keymap of the 22 keys, the picture, the file it
 // came from and whether it has unsaved changes. Edits and the file commands go
 // through it, it keeps IsSaved itself and announces every change; the windows
@@ -38,6 +41,12 @@ FileKind FileKindOf(const QString &path);
 // IsSaved: every edit and every import clears it; opening a profile, the file named
 // at start or the default profile, and a successful save set it. Opening a bare
 // keymap, dropping a keymap or a picture and exporting leave it as it was.
+//
+// History: every edit, import and dropped keymap or picture is one step that
+// Undo takes back and Redo makes again; typing a comment is one step per key.
+// Opening a document starts a new history. A step undone or redone follows
+// the rule of its command: edits and imports clear IsSaved, drops leave it;
+// reaching the state last saved or opened makes the document saved again.
 class Document : public QObject
 {
     Q_OBJECT
@@ -64,6 +73,11 @@ public:
     // An edit of one key: its whole action.
     void SetAction(PhoneKey key, const KeyAction &action);
 
+    // The history of the steps, for the window's Undo and Redo.
+    const QUndoStack &History() const { return m_history; }
+    void Undo();
+    void Redo();
+
     // The file commands. A failure raises its message, except that saving an
     // unnamed profile fails in silence (there is no name to write to).
 
@@ -79,7 +93,8 @@ public:
     // empty path opens nothing.
     void OpenTemplate(const QString &path);
     // A dropped file: a profile is opened; a keymap only replaces the keys; a
-    // picture is taken, and a keymap document becomes an unnamed profile.
+    // picture is taken, and a keymap document becomes an unnamed profile. A
+    // picture that cannot be decoded leaves the picture shown, with a message.
     // Anything else is left alone.
     void Drop(const QString &path);
     // A picture chosen for the profile; a keymap document becomes an unnamed
@@ -140,10 +155,33 @@ signals:
     void KeymapReplaced();
     void PictureChanged();
     void CurrentFileChanged();
+    // A profile or keymap file was opened (not as the template) or saved.
+    void FileOpenedOrSaved(const QString &path);
     // Emitted synchronously, in the order things happen.
     void MessageRaised(const DocumentMessage &message);
 
 private:
+    friend class DocumentStep;
+    // What a step of the history changes.
+    struct Content
+    {
+        Keymap Keys;
+        ProfilePicture Picture;
+        QString File;
+        bool operator==(const Content &other) const;
+    };
+    Content CurrentContent() const;
+    // Shows content again as an undo or redo does; clearsSaved as the step's
+    // command did.
+    void Restore(const Content &content, bool clearsSaved);
+    // Makes the change from before to now a step, unless nothing changed. A
+    // comment typed on commentKey joins the step of the letters before it.
+    void Record(const Content &before, bool clearsSaved, PhoneKey commentKey = -1);
+    // A new history for a document just opened; its state is the clean one
+    // when it is saved.
+    void StartHistory();
+    [[nodiscard]] bool AdoptDroppedPicture(const QString &path);
+
     void SetCurrentFile(const QString &path);
     // A keymap document that gets a picture is a profile, not yet named.
     void BecomeProfile();
@@ -166,4 +204,5 @@ private:
     std::optional<ReadAheadProfile> m_readAhead;
     QString m_currentFile;
     bool m_isSaved = true;
+    QUndoStack m_history;
 };

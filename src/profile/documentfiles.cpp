@@ -28,12 +28,15 @@ bool Document::Open(const QString &path)
     const QString file = AbsoluteFilePath(path);
     switch (FileKindOf(path)) {
     case FileKind::Profile:
-        OpenProfile(file);
+        if (OpenProfile(file) && m_currentFile == file)
+            emit FileOpenedOrSaved(file);
         return true;
     case FileKind::Keymap:
         if (ReadKeymap(file, false)) {
             RemovePicture();
             SetCurrentFile(file);
+            StartHistory();
+            emit FileOpenedOrSaved(file);
         }
         return true;
     case FileKind::Picture:
@@ -65,6 +68,9 @@ bool Document::OpenAtStart(const QString &path)
         return false;
     }
     m_isSaved = true;
+    StartHistory();
+    if (opened && m_currentFile == file)
+        emit FileOpenedOrSaved(file);
     return opened;
 }
 
@@ -74,40 +80,53 @@ void Document::OpenTemplate(const QString &path)
         OpenProfile(path);
     SetCurrentFile(QString());
     m_isSaved = true;
+    StartHistory();
 }
 
 void Document::Drop(const QString &path)
 {
+    // A dropped keymap or picture leaves IsSaved as it was, and so do its undo
+    // and redo.
+    const Content before = CurrentContent();
     switch (FileKindOf(path)) {
     case FileKind::Profile:
-        OpenProfile(AbsoluteFilePath(path));
-        break;
+        if (const QString file = AbsoluteFilePath(path); OpenProfile(file) && m_currentFile == file)
+            emit FileOpenedOrSaved(file);
+        return;
     case FileKind::Keymap:
         ReadKeymap(path, false);
         break;
     case FileKind::Picture:
-        if (AdoptPicture(path))
+        if (AdoptDroppedPicture(path))
             BecomeProfile();
         break;
     case FileKind::Other:
-        break;
+        return;
     }
+    Record(before, false);
 }
 
 bool Document::ImportPicture(const QString &path)
 {
-    if (!AdoptPicture(path))
-        return false;
-    m_isSaved = false;
-    BecomeProfile();
-    return true;
+    const Content before = CurrentContent();
+    const bool decoded = AdoptPicture(path);
+    if (decoded) {
+        m_isSaved = false;
+        BecomeProfile();
+    }
+    // A picture that could not be decoded still replaced the one shown: a
+    // step too, but one that leaves IsSaved.
+    Record(before, decoded);
+    return decoded;
 }
 
 bool Document::ImportKeymap(const QString &path)
 {
+    const Content before = CurrentContent();
     if (!ReadKeymap(path, false))
         return false;
     m_isSaved = false;
+    Record(before, true);
     return true;
 }
 
@@ -134,6 +153,8 @@ bool Document::SaveAs(const QString &path)
             return false;
     }
     m_isSaved = true;
+    m_history.setClean();
+    emit FileOpenedOrSaved(m_currentFile);
     return true;
 }
 

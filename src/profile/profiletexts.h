@@ -16,6 +16,7 @@ enum class ProfileText {
     ErrorTitle,
     NoteTitle,
     NotAProfile,
+    NotAPicture,
     Count
 };
 
@@ -32,6 +33,8 @@ inline constexpr auto ProfileTexts = UiTextTable<ProfileText>({
     {ProfileText::NoteTitle, u"Errors", u"Exclamation", u"Note !"},
     {ProfileText::NotAProfile, u"Errors", u"NotAProfile",
      u"%f is not a profile (a tar archive with a picture and a keymap)."},
+    {ProfileText::NotAPicture, u"Errors", u"NotAPicture",
+     u"%f is not a picture that can be read. The picture stays as it was."},
 });
 
 inline QString LanguageText(ProfileText text)

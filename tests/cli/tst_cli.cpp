@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "../testfiles.h"
+#include "keymap/keymapreader.h"
+#include "phoneart/overview.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <QImage>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -102,6 +105,8 @@ private slots:
         row("show a profile without entries", u"show %1/empty.hid"_s, 1, "The Archive contained no Files !");
         row("extract a cut entry", u"extract %1/cut.hid 2 %1/x"_s, 1,
             "padmapper-cli: entry 2 of %1/cut.hid is cut short");
+        row("overview into a .txt", u"overview %1/two.hid %1/out.txt"_s, 1,
+            "padmapper-cli: the overview is written as .pdf or .png, not %1/out.txt\n");
         row("pack into a missing folder", u"pack %1/p.png %1/k.kcf %1/none/out"_s, 1,
             "padmapper-cli: Creating Archive failed !\n%1/none/out.hid: the folder does not exist\n");
 #ifdef Q_OS_UNIX
@@ -109,7 +114,7 @@ private slots:
             "Programinternal Error:\n75 Path/File access error\n%1/pipe.kcf: not a regular file\n");
 #endif
         for (const char *usage : {"", "frobnicate", "show", "show a b", "--frob show a", "show a --language",
-                                  "--language /no/such.lng show a"})
+                                  "--language /no/such.lng show a", "overview a"})
             row(*usage ? usage : "nothing", QString::fromLatin1(usage), 2, "padmapper-cli: ");
         const QString bundled = QString::fromUtf8(PADMAPPER_DATA_FOLDER "/Desktop.kcf");
         row("show writes what it reads", u"show "_s + bundled, 0, {}, ReadAll(bundled));
@@ -142,7 +147,62 @@ private slots:
         QVERIFY2(run.Err.startsWith(err.replace("%1", dir.path().toUtf8())), run.Err.constData());
         QVERIFY(run.Out.startsWith(out) && (!err.isEmpty() || run.Err.isEmpty()));
         QVERIFY(!QFileInfo::exists(dir.filePath(u"x"_s)));
-        QVERIFY(!QFileInfo::exists(dir.filePath(u"out.hid"_s)));
+        QVERIFY(!QFileInfo::exists(dir.filePath(u"out.hid"_s)) && !QFileInfo::exists(dir.filePath(u"out.txt"_s)));
+    }
+
+    // One A4 page whose texts hold every key's label, and a PNG of it at 2x.
+    void overview_data()
+    {
+        QTest::addColumn<QStringList>("arguments"); // the output file follows
+        QTest::addColumn<QStringList>("labels");
+        Keymap desktop;
+        QVERIFY(!ReadKeymapText(desktop, QString::fromUtf8(PADMAPPER_DATA_FOLDER "/Desktop.kcf"), false));
+        QStringList all;
+        for (const OverviewLabel &label : MakeOverview({}, desktop, {}).Labels)
+            all << label.Action << label.Comment;
+        all.removeAll(QString());
+        QCOMPARE(all.size(), 2 * PhoneKeys::Count);
+        QTest::newRow("the default profile")
+            << QStringList{u"overview"_s, QFileInfo(Cli).absolutePath() + u"/Desktop.hid"_s} << all;
+        // A chord with a modifier, a special key with a comment, a mouse
+        // action, keys without action, in the language given.
+        QTest::newRow("every kind of key, in German")
+            << QStringList{u"--language"_s, QString::fromUtf8(PADMAPPER_DATA_FOLDER "/Deutsch.lng"), u"overview"_s,
+                           m_example}
+            << QStringList{u"keymap-writer-example"_s, u"STRG + C"_s,    u"Eingabe"_s, u"OK"_s,
+                           u"Nach oben bewegen"_s,     u"Nicht belegt"_s};
+    }
+    void overview()
+    {
+        QFETCH(QStringList, arguments);
+        QTemporaryDir dir;
+        const QString pdf = dir.filePath(u"out.pdf"_s);
+        const QString png = dir.filePath(u"out.png"_s);
+        QCOMPARE(RunCli(arguments + QStringList{pdf}).Status, 0);
+        QVERIFY(RunProgram(QString::fromUtf8(PADMAPPER_PDFINFO), {pdf}).Out.simplified().contains(" Pages: 1 "));
+        const QString text =
+            QString::fromUtf8(RunProgram(QString::fromUtf8(PADMAPPER_PDFTOTEXT), {u"-layout"_s, pdf, u"-"_s}).Out);
+        QFETCH(QStringList, labels);
+        for (const QString &label : labels)
+            QVERIFY2(text.contains(label), qPrintable(label + u" not in\n"_s + text));
+        QCOMPARE(RunCli(arguments + QStringList{png}).Status, 0);
+        const QImage picture(png);
+        QCOMPARE(picture.size(), QSize(1586, 2246));
+        // The PDF shows what the PNG shows: a PDF fills fading gradients solid.
+        QCOMPARE(RunProgram(QString::fromUtf8(PADMAPPER_PDFTOPPM),
+                            {u"-png"_s, u"-r"_s, u"24"_s, u"-singlefile"_s, pdf, dir.filePath(u"page"_s)})
+                     .Status,
+                 0);
+        // Looked at from afar, where the words are grey smudges.
+        const QSize afar(50, 70);
+        const QImage page =
+            QImage(dir.filePath(u"page.png"_s)).scaled(afar, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        const QImage small = picture.scaled(afar, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        qsizetype differing = 0;
+        for (int y = 0; y < page.height(); ++y)
+            for (int x = 0; x < page.width(); ++x)
+                differing += std::abs(qGray(page.pixel(x, y)) - qGray(small.pixel(x, y))) > 48;
+        QVERIFY2(differing < 10, qPrintable(QString::number(differing)));
     }
 
 #ifdef Q_OS_UNIX

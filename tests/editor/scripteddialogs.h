@@ -5,6 +5,7 @@
 #include "profile/document.h"
 
 #include <QList>
+#include <QPrinter>
 #include <QString>
 
 #include <functional>
@@ -24,6 +25,7 @@ public:
     int PortDialogs = 0;
     bool RealSaveDialog = false; // the file dialog itself, for a test to drive
     std::function<void()> OnConfigurePort;
+    QString PrintTo; // the PDF file the print dialog chooses; "" cancels it
 
     void ShowMessage(QWidget *, const DocumentMessage &message) override
     {
@@ -55,5 +57,10 @@ public:
         if (OnConfigurePort)
             OnConfigurePort();
         return true;
+    }
+    bool SetUpPrinter(QWidget *, QPrinter &printer, const QString &) override
+    {
+        printer.setOutputFileName(PrintTo);
+        return !PrintTo.isEmpty();
     }
 };

@@ -9,6 +9,7 @@
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QPushButton>
@@ -82,6 +83,10 @@ private slots:
         row("export picture", ProfileP, "&Export/&Picture", "out/x", "pic/p.jpg", "hid kcf out", "out/x.jpg", "p");
         row("export picture of keymap", KeymapK, "&Export/&Picture", "out/x", "", "hid kcf pic", "", "k");
         row("export keymap", ProfileP, "&Export/&Keymap", "out/x", "kcf/p.kcf", "hid out pic", "out/x.kcf", "p");
+        row("export overview", ProfileP, "&Export/&Overview...", "out/x", "hid/p.pdf", "out kcf pic", "out/x.pdf",
+            "p");
+        row("print to a file", ProfileP, "&Print...", "out/x.pdf", "", "hid kcf pic", "out/x.pdf", "p");
+        row("print cancelled", ProfileP, "&Print...", "", "", "hid kcf pic", "", "p");
     }
     void menuCommands()
     {
@@ -107,7 +112,7 @@ private slots:
         EditComment(PhoneKeys::Up, u"edited"_s);
         const qsizetype files = QDir(out).entryList(QDir::Files).size()
                                 + (written.isEmpty() || QFile::exists(Path(written)) ? 0 : 1);
-        m_dialogs->NextOpen = m_dialogs->NextSave = answer.isEmpty() ? QString() : Path(answer);
+        m_dialogs->NextOpen = m_dialogs->NextSave = m_dialogs->PrintTo = answer.isEmpty() ? QString() : Path(answer);
         m_dialogs->NextAnswer = EditorDialogs::Answer::No;
 
         QFETCH(QString, menu);
@@ -127,9 +132,11 @@ private slots:
         const Settings &settings = window.CurrentSettings();
         QCOMPARE((QStringList{settings.HidPath, settings.KcfPath, settings.PicPath}), expected);
         QCOMPARE(QDir(out).entryList(QDir::Files).size(), files);
-        if (!written.isEmpty()) // holds the document: its keys, or its picture
+        if (!written.isEmpty()) // holds the document: its keys, its picture, or its overview
             QVERIFY(ReadAll(Path(written))
-                        .contains(written.endsWith(u".jpg"_s) ? ReadAll(out + u"/Photo.JPG"_s) : "<!-- edited"_ba));
+                        .contains(written.endsWith(u".jpg"_s)   ? ReadAll(out + u"/Photo.JPG"_s)
+                                  : written.endsWith(u".pdf"_s) ? "%%EOF"_ba
+                                                                : "<!-- edited"_ba));
         QTEST(window.windowTitle(), "caption");
         QCOMPARE(window.SaveButton()->text(), keymap ? u"Save Keymap"_s : u"Save Profile"_s);
         QCOMPARE(window.SendButton()->isEnabled(), !keymap);
@@ -173,14 +180,33 @@ private slots:
     }
 
     // Through real drop events, as the window receives them; the first file
-    // counts. What each kind of file does is the document's own test.
+    // counts. A profile or keymap dropped on changes asks first: Cancel keeps
+    // them, Yes saves them. What each kind of file does is the document's test.
+    void droppedFile_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<int>("answer");
+        QTest::addColumn<QString>("caption");
+        QTest::newRow("profile, Cancel") << u"drop.hid"_s << int(EditorDialogs::Answer::Cancel) << u"Unnamed"_s;
+        QTest::newRow("profile, No") << u"drop.hid"_s << int(EditorDialogs::Answer::No) << u"drop"_s;
+        QTest::newRow("profile, Yes") << u"drop.hid"_s << int(EditorDialogs::Answer::Yes) << u"drop"_s;
+        QTest::newRow("keymap, Cancel") << u"k.kcf"_s << int(EditorDialogs::Answer::Cancel) << u"Unnamed"_s;
+        QTest::newRow("picture: no question") << u"p.png"_s << -1 << u"Unnamed"_s;
+    }
     void droppedFile()
     {
+        QFETCH(QString, file);
+        QFETCH(int, answer);
         MainWindow &window = Start();
         QString path = Path(u"drop.hid"_s);
-        QVERIFY(window.Doc().SaveProfile(path, true));
+        QVERIFY(window.Doc().SaveProfile(path, true) && !MakeKeymap(Path(u"k.kcf"_s)).isEmpty()
+                && !MakePicture(Path(u"p.png"_s), 8, 8).isEmpty());
+        EditComment(PhoneKeys::Digit1, u"edited"_s);
+        m_dialogs->NextAnswer = EditorDialogs::Answer(answer);
+        m_dialogs->NextSave = Path(u"kept"_s);
+        QFile::remove(Path(u"kept.hid"_s));
         QMimeData data;
-        data.setUrls({QUrl::fromLocalFile(path), QUrl::fromLocalFile(Path(u"second.hid"_s))});
+        data.setUrls({QUrl::fromLocalFile(Path(file)), QUrl::fromLocalFile(Path(u"second.hid"_s))});
         // Events start accepted; the window must say yes itself.
         QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
         enter.ignore();
@@ -190,7 +216,34 @@ private slots:
         drop.ignore();
         QCoreApplication::sendEvent(&window, &drop);
         QVERIFY(drop.isAccepted());
-        QCOMPARE(window.windowTitle(), u"drop - Padmapper"_s);
+        QTEST(window.windowTitle().section(u" - "_s, 0, 0), "caption");
+        QCOMPARE(m_dialogs->Questions, answer < 0 ? 0 : 1);
+        QCOMPARE(window.Doc().Action(PhoneKeys::Digit1).Comment == u"edited"_s,
+                 answer < 0 || answer == int(EditorDialogs::Answer::Cancel));
+        QCOMPARE(QFile::exists(Path(u"kept.hid"_s)), answer == int(EditorDialogs::Answer::Yes));
+    }
+
+    // Opened files are listed, the latest first; one chosen opens as Open
+    // does, one that is gone leaves the list with a message.
+    void recentFiles()
+    {
+        MainWindow &window = Start();
+        QString profile = Path(u"p.hid"_s);
+        QVERIFY(window.Doc().SaveProfile(profile, true) && !MakeKeymap(Path(u"k.kcf"_s)).isEmpty());
+        window.OpenFile(profile);
+        window.OpenFile(Path(u"k.kcf"_s));
+        EditComment(PhoneKeys::Digit1, u"edited"_s);
+        QMenu *recent = MenuAction(*window.menuBar(), u"&File/&Recent"_s)->menu();
+        QCOMPARE(recent->actions().at(1)->text(), u"&2 "_s + profile);
+        recent->actions().at(1)->trigger();
+        QCOMPARE(m_dialogs->Questions, 1);
+        QCOMPARE(window.windowTitle(), u"p - Padmapper"_s);
+        QCOMPARE(SettingsStore(Path(u"settings.ini"_s)).String(u"RecentFile1"_s), profile);
+        QVERIFY(QFile::remove(Path(u"k.kcf"_s)));
+        recent->actions().at(1)->trigger();
+        QCOMPARE(m_dialogs->Shown.last(),
+                 Path(u"k.kcf"_s) + u" is no longer there. It was taken off the list of recent files."_s);
+        QCOMPARE(recent->actions().size(), 1);
     }
 
     void keymapViewFollowsEdits()

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "editor/actioneditor.h"
+#include "editor/editmenu.h"
 #include "editor/heldkeys.h"
 #include "editor/shortcutsinhibitor.h"
 #include "keymap/keyboardcapture.h"
@@ -138,6 +139,10 @@ private slots:
             editor->CommentBox()->setFocus();
             QTest::keyClicks(editor->CommentBox(), u"Hoch"_s);
             QCOMPARE(action.Comment, u"UpHoch"_s);
+            QTest::keyClick(editor->CommentBox(), Qt::Key_Z, Qt::ControlModifier); // the whole word, one step
+            QCOMPARE(std::pair(action.Comment, editor->CommentBox()->text()), std::pair(u"Up"_s, u"Up"_s));
+            QVERIFY(window.Edit()->RedoAction()->isEnabled());
+            QTest::keyClicks(editor->CommentBox(), u"!"_s);
             break;
         }
         QVERIFY(!window.Doc().IsSaved());
@@ -174,32 +179,54 @@ private slots:
         QVERIFY(settings.Left > 0);
     }
 
+    // Undo or Redo during the countdown takes the capture back: the chord is
+    // never Ctrl+Z and no step is undone under the capture. Right after, Ctrl+Z
+    // undoes the capture.
+    void snapshotCapturesTheHeldChord_data()
+    {
+        QTest::addColumn<int>("undo");
+        QTest::newRow("chord held, then undone") << 0;
+        QTest::newRow("Ctrl+Z held: not captured") << 1;
+        QTest::newRow("Ctrl+Z pressed: taken back") << 2;
+    }
     void snapshotCapturesTheHeldChord()
     {
+        QFETCH(int, undo);
         MainWindow &window = Start();
         // Choose the key as a user does, so no late focus event chooses another.
         QTest::mouseClick(window.Keypad()->CMD(PhoneKeys::Cam), Qt::LeftButton);
+        EditComment(PhoneKeys::Cam, u"before"_s);
+        const KeyAction before = window.Doc().Action(PhoneKeys::Cam);
         QPushButton *snapshot = window.Editor()->SnapshotButton();
         snapshot->click();
         QCOMPARE(snapshot->text(), u"3..."_s);
         QVERIFY(!window.Keypad()->CMD(PhoneKeys::Digit1)->isEnabled());
         QCOMPARE(window.Editor()->MessageLabel()->text(), u"Please press the keys on the keyboard..."_s);
         QVERIFY(!window.close()); // not while counting
-        QTRY_COMPARE_WITH_TIMEOUT(snapshot->text(), u"2..."_s, 2000);
-        QTRY_COMPARE_WITH_TIMEOUT(snapshot->text(), u"1..."_s, 2000);
+        if (undo == 2)
+            QTest::keyClick(snapshot, Qt::Key_Z, Qt::ControlModifier); // at once, no waiting below
+        QTRY_COMPARE_WITH_TIMEOUT(snapshot->text(), undo == 2 ? u"Snapshot"_s : u"2..."_s, 2000);
+        QTRY_COMPARE_WITH_TIMEOUT(snapshot->text(), undo == 2 ? u"Snapshot"_s : u"1..."_s, 2000);
         // Held from here to the snapshot, after any activation changes of the
         // test's windows (which rightly forget held keys) have passed.
-        for (const int key : {int(ModifierKeys::RightCtrl), int(ModifierKeys::LeftShift), 65})
+        for (const int key : {int(ModifierKeys::RightCtrl), undo ? 90 : int(ModifierKeys::LeftShift), undo ? 90 : 65})
             window.Keys().Press(key);
         QTRY_COMPARE_WITH_TIMEOUT(snapshot->text(), u"Snapshot"_s, 2000);
+        window.Keys().Clear();
         const KeyAction &action = window.Doc().Action(PhoneKeys::Cam);
-        QCOMPARE(std::tuple(action.IsMouse, action.Modifiers, action.KeyCode),
-                 std::tuple(false, std::int16_t(18), std::int16_t(65)));
         QVERIFY(window.Keypad()->CMD(PhoneKeys::Digit1)->isEnabled());
         QCOMPARE(window.Editor()->MessageLabel()->text(), QString());
+        if (undo) {
+            QCOMPARE(action, before);
+            return;
+        }
+        QCOMPARE(std::tuple(action.IsMouse, action.Modifiers, action.KeyCode),
+                 std::tuple(false, std::int16_t(18), std::int16_t(65)));
         QVERIFY(window.Editor()->ModifierBox(0)->isChecked() && window.Editor()->ModifierBox(5)->isChecked());
         QCOMPARE(ToolTip(PhoneKeys::Cam), u" CTRL + SHIFT + A "_s);
-        window.Keys().Clear();
+        QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier);
+        QCOMPARE(action, before);
+        QVERIFY(!window.Editor()->ModifierBox(0)->isChecked());
     }
 
     // Modifiers a held key's press carried, with no key event of their own

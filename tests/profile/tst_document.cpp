@@ -9,6 +9,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <functional>
+#include <map>
 #include <memory>
 
 using namespace Qt::StringLiterals;
@@ -72,6 +74,8 @@ const Row Rows[] = {
     {"drop picture on keymap", OnKeymap, true, Drop, "pic.png", false, "", false, "pic.png", "edited"},
     {"drop picture on profile", OnProfile, false, Drop, "pic.png", true, "p.hid", false, "pic.png", "p.hid"},
     {"drop text file", OnKeymap, false, Drop, "notes.txt", true, "k.kcf", true, "", "k.kcf"},
+    {"drop picture that is none: kept", OnKeymap, false, Drop, "bad.png", true, "k.kcf", true, "", "k.kcf", 1},
+    {"drop truncated picture: kept", OnProfile, true, Drop, "cut.png", false, "p.hid", false, "p.png", "edited", 1},
     {"import picture on keymap", OnKeymap, false, ImportPicture, "pic.png", false, "", false, "pic.png", "k.kcf"},
     {"import picture on profile", OnProfile, false, ImportPicture, "pic.png", false, "p.hid", false, "pic.png",
      "p.hid"},
@@ -94,6 +98,32 @@ KeyAction Marked(const QString &origin)
 {
     return KeyAction{false, 0, 0, 65, origin};
 }
+
+// Steps on p.hid (or k.kcf when the row's steps start with "kcf"), then what
+// is left: IsSaved, key "1"'s comment, the picture's name and CurrentFile. "a"
+// and "b" type a letter into the comment, "key" changes the key instead.
+struct HistoryRow
+{
+    const char *Name;
+    const char *Steps;
+    bool Saved;
+    const char *Keys;
+    const char *Picture = "p.png";
+    const char *Current = "p.hid";
+};
+
+const HistoryRow HistoryRows[] = {
+    {"undo an edit: saved again", "key undo", true, "p.hid"},
+    {"typing is one step per key", "a b undo", true, "p.hid"},
+    {"undo past the save: changed", "a save key undo undo", false, "p.hid"},
+    {"redo to the save: saved", "a save undo redo", true, "p.hida"},
+    {"a drop leaves IsSaved, its undo too", "dropkcf key undo", false, "k.kcf"},
+    {"redo a drop", "dropkcf undo redo", true, "k.kcf"},
+    {"undo a picture import on a keymap", "kcf importpic undo", true, "k.kcf", "", "k.kcf"},
+    {"undo a keymap import", "importkcf undo", true, "p.hid"},
+    {"opening starts a new history", "key open undo", true, "p.hid"},
+    {"a keymap opened over changes is no saved state", "key kcf key undo undo", false, "k.kcf", "", "k.kcf"},
+};
 
 } // namespace
 
@@ -124,6 +154,7 @@ private slots:
         QVERIFY(WriteKeymapText(keymap, Path("k.kcf")) && WriteFile(Path("notes.txt"), "notes"));
         QVERIFY(WriteFile(Path("lf.kcf"), ReadAll(Path("k.kcf")).replace("\r\n", "\n")));
         QVERIFY(QDir().mkpath(Path("dir.kcf")));
+        QVERIFY(WriteFile(Path("cut.png"), ReadAll(Path("pic.png")).left(200)) && WriteFile(Path("bad.png"), "none"));
     }
     void cleanupTestCase() { DeleteTempFiles(); }
 
@@ -199,6 +230,45 @@ private slots:
             QCOMPARE(ReadAll(written), ReadAll(document.Picture().PictureTempPath));
         else if (!written.isEmpty())
             QVERIFY(ReadAll(written).contains(WriteKeymapText(document.CurrentKeymap()).toLatin1()));
+    }
+
+    void history_data()
+    {
+        QTest::addColumn<int>("row");
+        for (const HistoryRow &row : HistoryRows)
+            QTest::newRow(row.Name) << int(&row - HistoryRows);
+    }
+    void history()
+    {
+        QFETCH(int, row);
+        const HistoryRow &r = HistoryRows[row];
+        Document document;
+        QVERIFY(document.Open(Path("p.hid")));
+        for (const QString &step : QString::fromLatin1(r.Steps).split(u' ')) {
+            KeyAction action = document.Action(PhoneKeys::Digit1);
+            if (step.size() == 1)
+                action.Comment += step;
+            else if (step == "key"_L1)
+                ++action.KeyCode;
+            if (step.size() == 1 || step == "key"_L1)
+                document.SetAction(PhoneKeys::Digit1, action);
+            const std::map<QString, std::function<void()>> commands = {
+                {u"undo"_s, [&] { document.Undo(); }},
+                {u"redo"_s, [&] { document.Redo(); }},
+                {u"save"_s, [&] { QVERIFY(document.Save()); }},
+                {u"open"_s, [&] { document.Open(Path("p.hid")); }},
+                {u"kcf"_s, [&] { document.Open(Path("k.kcf")); }},
+                {u"dropkcf"_s, [&] { document.Drop(Path("k.kcf")); }},
+                {u"importpic"_s, [&] { QVERIFY(document.ImportPicture(Path("pic.png"))); }},
+                {u"importkcf"_s, [&] { QVERIFY(document.ImportKeymap(Path("k.kcf"))); }},
+            };
+            if (const auto command = commands.find(step); command != commands.end())
+                command->second();
+        }
+        QCOMPARE(document.IsSaved(), r.Saved);
+        QCOMPARE(document.Action(PhoneKeys::Digit1).Comment, QString::fromLatin1(r.Keys));
+        QCOMPARE(document.Picture().PictureName, QString::fromLatin1(r.Picture));
+        QCOMPARE(document.CurrentFile(), Path(r.Current));
     }
 };
 

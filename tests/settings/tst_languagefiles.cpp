@@ -166,13 +166,14 @@ private slots:
         // The texts that share a menu (each entry needs an access key) or a
         // window: the section, then the keys.
         const std::pair<const char *, bool> groups[] = {
-            {"MainWindow Menu_Open Menu_Save Menu_SaveAs Menu_Import Menu_Export Menu_FileUpload Menu_ViewKeymap "
-             "Menu_Settings Menu_Exit",
+            {"MainWindow Menu_Open Menu_Save Menu_SaveAs Menu_Import Menu_Export Menu_Print Menu_FileUpload "
+             "Menu_ViewKeymap Menu_Settings Menu_Exit Menu_Recent",
              true},
-            {"MainWindow Menu_Picture Menu_Keymap", true},
+            {"MainWindow Menu_Picture Menu_Keymap Menu_Overview", true},
             {"MainWindow Menu_Readme Menu_About", true},
             {"MainWindow Menu_PopUpLoad Menu_PopUpSave", true},
-            {"MainWindow Menu_File Menu_Help Button_Left Button_Right", true},
+            {"MainWindow Menu_File Menu_Edit Menu_Help Button_Left Button_Right", true},
+            {"MainWindow Menu_Undo Menu_Redo", true},
             {"SettingsWindow Label_Language Frame_FileTypes Frame_hid Frame_kcf Frame_PhoneConnection Frame_Port "
              "Frame_Speed Button_OK Button_Abort",
              false},

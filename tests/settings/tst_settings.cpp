@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "settings/languagetext.h"
+#include "settings/recentfiles.h"
 #include "settings/settingsstore.h"
 #include "support/inifile.h"
 
@@ -144,6 +145,38 @@ private slots:
         QCOMPARE(back.Speed, 57600);
         QCOMPARE(back.Language, u"/usr/share/padmapper/Deutsch.lng"_s);
         QCOMPARE(again.String(u"LasthidClass"_s), u"tarfile"_s);
+    }
+
+    // Names added in turn, the list after, and the same list after a restart.
+    void recentFiles_data()
+    {
+        QTest::addColumn<QByteArray>("stored");
+        QTest::addColumn<QString>("added");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("most recent first") << QByteArray() << u"/a /b /c"_s << u"/c /b /a"_s;
+        QTest::newRow("again: to the front") << QByteArray() << u"/a /b /a"_s << u"/a /b"_s;
+        QTest::newRow("one file, two spellings") << QByteArray() << u"/d/a /d/x/../a"_s << u"/d/x/../a"_s;
+        QTest::newRow("case counts here") << QByteArray() << u"/a /A"_s << u"/A /a"_s;
+        QTest::newRow("eight at most") << QByteArray() << u"/1 /2 /3 /4 /5 /6 /7 /8 /9"_s
+                                       << u"/9 /8 /7 /6 /5 /4 /3 /2"_s;
+        QTest::newRow("stored with gaps and repeats")
+            << QByteArray("RecentFile1=/a\nRecentFile3=/b\nRecentFile4=/a\nRecentFile9=/c") << QString() << u"/a /b"_s;
+    }
+    void recentFiles()
+    {
+        QFETCH(QByteArray, stored);
+        QFETCH(QString, added);
+        const QString path = NewFile("[General]\n" + stored + "\n");
+        {
+            SettingsStore store(path);
+            RecentFiles files = RecentFiles::Read(store);
+            for (const QString &name : added.split(u' ', Qt::SkipEmptyParts))
+                files.Add(name);
+            QTEST(files.Paths().join(u' '), "expected");
+            files.Write(store);
+            QVERIFY(store.Sync());
+        }
+        QTEST(RecentFiles::Read(SettingsStore(path)).Paths().join(u' '), "expected");
     }
 };
 

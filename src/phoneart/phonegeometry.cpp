@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "editor/phonegeometry.h"
+#include "phoneart/phonegeometry.h"
 
 #include <QTransform>
 #include <QtMath>

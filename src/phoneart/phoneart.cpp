@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "editor/phoneart.h"
+#include "phoneart/phoneart.h"
 
-#include "editor/artshapes.h"
+#include "phoneart/artshapes.h"
 
 #include <QPainter>
 #include <QPalette>

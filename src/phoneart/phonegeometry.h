@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "editor/phoneart.h"
 #include "keymap/keymap.h"
+#include "phoneart/phoneart.h"
 
 #include <QPainterPath>
 #include <QRect>
