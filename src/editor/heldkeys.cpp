@@ -48,6 +48,20 @@ constexpr std::array<std::pair<quint32, int>, 10> ModifierKeysyms = {{
     {0xffe7, ModifierKeys::LeftWin}, // Meta_L
 }};
 
+// The sided keys of each modifier, left first.
+struct SidedModifier
+{
+    Qt::KeyboardModifier Modifier;
+    int Left;
+    int Right;
+};
+constexpr std::array<SidedModifier, 4> SidedModifiers = {{
+    {Qt::ShiftModifier, ModifierKeys::LeftShift, ModifierKeys::RightShift},
+    {Qt::ControlModifier, ModifierKeys::LeftCtrl, ModifierKeys::RightCtrl},
+    {Qt::AltModifier, ModifierKeys::LeftAlt, ModifierKeys::RightAlt},
+    {Qt::MetaModifier, ModifierKeys::LeftWin, ModifierKeys::RightWin},
+}};
+
 // X key codes (evdev codes + 8) of the digit row and the punctuation keys, and
 // the virtual keys a German keyboard gives them, whatever Shift makes of them.
 constexpr std::array<std::pair<quint32, int>, 22> PositionKeys = {{
@@ -341,6 +355,18 @@ KeyboardState HeldKeys::Snapshot() const
                 held.insert(vk, code);
         }
     }
+    if (!m_query) {
+        // With nobody to ask, a modifier that a held key's press carried is
+        // down unless a key of its own is: the left one, as the side is not
+        // told. This only ever adds keys (AltGr, for one, is no Alt).
+        Qt::KeyboardModifiers carried;
+        for (auto key = held.cbegin(); key != held.cend(); ++key)
+            carried |= m_pressedWith.value(key.key());
+        for (const SidedModifier &sided : SidedModifiers) {
+            if (carried.testFlag(sided.Modifier) && !held.contains(sided.Left) && !held.contains(sided.Right))
+                held.insert(sided.Left, 0);
+        }
+    }
     for (auto key = held.cbegin(); key != held.cend(); ++key) {
         if (key.key() > 0 && key.key() < int(state.size()))
             state[static_cast<std::size_t>(key.key())] = KeyDown;
@@ -360,10 +386,13 @@ bool HeldKeys::eventFilter(QObject *watched, QEvent *event)
                 const quint32 code = PlatformKeyCode(*key, vk);
                 if (code != 0)
                     m_learnt.insert(code, vk);
-                if (event->type() == QEvent::KeyPress)
+                if (event->type() == QEvent::KeyPress) {
                     m_held.insert(vk, code);
-                else
+                    m_pressedWith.insert(vk, key->modifiers());
+                } else {
                     m_held.remove(vk);
+                    m_pressedWith.remove(vk);
+                }
             }
         }
         if (m_swallow) {
@@ -379,12 +408,12 @@ bool HeldKeys::eventFilter(QObject *watched, QEvent *event)
     case QEvent::WindowBlocked:
         // Another program or window has the keyboard, or a modal dialog keeps
         // the key events from this one: releases no longer reach us.
-        m_held.clear();
+        Clear();
         break;
     case QEvent::Show:
         // An open menu or list takes the keyboard in the same way.
         if (watched->isWidgetType() && static_cast<QWidget *>(watched)->windowType() == Qt::Popup)
-            m_held.clear();
+            Clear();
         break;
     default:
         break;

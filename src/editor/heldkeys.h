@@ -47,11 +47,24 @@ public:
     KeyboardState Snapshot() const;
     void SetSwallowing(bool swallow) { m_swallow = swallow; }
     void SetPlatformQuery(PlatformQuery query) { m_query = std::move(query); }
-    void Clear() { m_held.clear(); }
+    void Clear()
+    {
+        m_held.clear();
+        m_pressedWith.clear();
+    }
 
-    // For tests and for platforms that report no releases: press and release.
-    void Press(int virtualKey) { m_held.insert(virtualKey, 0); }
-    void Release(int virtualKey) { m_held.remove(virtualKey); }
+    // For tests and for platforms that report no releases: press and release,
+    // with the modifiers the key event carries.
+    void Press(int virtualKey, Qt::KeyboardModifiers with = Qt::NoModifier)
+    {
+        m_held.insert(virtualKey, 0);
+        m_pressedWith.insert(virtualKey, with);
+    }
+    void Release(int virtualKey)
+    {
+        m_held.remove(virtualKey);
+        m_pressedWith.remove(virtualKey);
+    }
 
 signals:
     // Undo or Redo was pressed while swallowing. The Snapshot takes it as the
@@ -66,6 +79,10 @@ protected:
 private:
     // Held virtual keys with their platform codes (0 when unknown).
     QHash<int, quint32> m_held;
+    // The modifiers each held key's press carried. Under Wayland they name
+    // modifiers whose own press went elsewhere (held before the window had the
+    // keyboard, or set by a virtual keyboard that sends no key for them).
+    QHash<int, Qt::KeyboardModifiers> m_pressedWith;
     // The virtual key of every platform code seen so far, so that a key the
     // platform reports down can be named even when its press went elsewhere.
     QHash<quint32, int> m_learnt;

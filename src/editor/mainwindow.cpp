@@ -23,6 +23,7 @@
 #include "settings/qtlanguage.h"
 #include "settings/readme.h"
 #include "settingswindow.h"
+#include "shortcutsinhibitor.h"
 #include "support/nativefile.h"
 #include "support/programpaths.h"
 #include "templatechooser.h"
@@ -84,6 +85,7 @@ MainWindow::MainWindow(EditorDialogs &dialogs, SettingsStore &store, QWidget *pa
     m_editor = new ActionEditor(this);
     m_heldKeys = new HeldKeys(this);
     qApp->installEventFilter(m_heldKeys);
+    m_shortcuts = new ShortcutsInhibitor(this);
 
     m_saveButton = new QPushButton(this);
     m_sendButton = new QPushButton(this);

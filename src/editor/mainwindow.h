@@ -19,6 +19,7 @@ class EditMenu;
 class EditorDialogs;
 class HeldKeys;
 class PhoneKeypad;
+class ShortcutsInhibitor;
 class QAction;
 class QMenu;
 class QPushButton;
@@ -125,6 +126,7 @@ private:
     PhoneKeypad *m_keypad = nullptr;
     ActionEditor *m_editor = nullptr;
     HeldKeys *m_heldKeys = nullptr;
+    ShortcutsInhibitor *m_shortcuts = nullptr; // the compositor's, during a snapshot
     QPushButton *m_saveButton = nullptr;
     QPushButton *m_sendButton = nullptr;
     QPushButton *m_loadPictureButton = nullptr;

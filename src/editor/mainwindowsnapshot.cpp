@@ -17,6 +17,7 @@
 #include "keymap/keyboardcapture.h"
 #include "phonekeypad.h"
 #include "profile/document.h"
+#include "shortcutsinhibitor.h"
 
 #include <QApplication>
 #include <QPushButton>
@@ -36,10 +37,14 @@ void MainWindow::StartSnapshot()
 {
     if (m_countdown.IsCounting())
         return;
+    // A key button losing the focus as they are disabled would pass it, and
+    // with it the selection, on to the next one.
+    m_editor->SnapshotButton()->setFocus();
     m_keypad->SetKeyButtonsEnabled(false);
     m_editor->SetMessage(LanguageText(EditorText::PressKeys), false);
     m_heldKeys->SetSwallowing(true);
     m_editMenu->SetPaused(true);
+    m_shortcuts->Inhibit(windowHandle());
     m_countdown.Start();
 }
 
@@ -52,7 +57,10 @@ void MainWindow::CaptureKeyboard(int index)
     const bool found = ::CaptureKeyboard(action, state);
     if (!IsUndoOrRedoChord(action))
         m_document->SetAction(index, action);
+    const bool chordsKept = m_shortcuts->MayKeepChords();
     EndSnapshot();
+    if (chordsKept)
+        m_editor->SetMessage(LanguageText(EditorText::ChordsKeptByDesktop), false);
     // A held key the phone cannot send is named as such.
     if (!found && HoldsUnsupportedKey(state))
         m_editor->SetMessage(LanguageText(EditorText::KeyNotSupported), true);
@@ -61,6 +69,7 @@ void MainWindow::CaptureKeyboard(int index)
 void MainWindow::EndSnapshot()
 {
     m_countdown.Stop();
+    m_shortcuts->Release();
     m_heldKeys->SetSwallowing(false);
     m_editMenu->SetPaused(false);
     m_editor->SnapshotButton()->setText(LanguageText(EditorText::ButtonSnapshot));

@@ -2,6 +2,7 @@
 #include "editor/actioneditor.h"
 #include "editor/editmenu.h"
 #include "editor/heldkeys.h"
+#include "editor/shortcutsinhibitor.h"
 #include "keymap/keyboardcapture.h"
 #include "mainwindowharness.h"
 #include "profile/document.h"
@@ -20,6 +21,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QProcess>
 #include <QPushButton>
 
 using namespace Qt::StringLiterals;
@@ -227,6 +229,73 @@ private slots:
         QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier);
         QCOMPARE(action, before);
         QVERIFY(!window.Editor()->ModifierBox(0)->isChecked());
+    }
+
+    // Modifiers a held key's press carried, with no key event of their own
+    // (pressed before the window had the keyboard, or by a virtual keyboard),
+    // count as the left key unless a key of theirs is held; where the platform
+    // says which keys are down, it alone decides.
+    void modifiersCarriedByKeyEvents_data()
+    {
+        QTest::addColumn<int>("otherKey"); // held before X, without modifiers
+        QTest::addColumn<int>("carried"); // by X's press
+        QTest::addColumn<bool>("platformAsked");
+        QTest::addColumn<int>("modifiers");
+        QTest::newRow("Super") << 0 << int(Qt::MetaModifier) << false << 8;
+        QTest::newRow("Super, right Windows key seen") << 92 << int(Qt::MetaModifier) << false << 128;
+        QTest::newRow("Shift and Ctrl") << 0 << int(Qt::ShiftModifier | Qt::ControlModifier) << false << 3;
+        QTest::newRow("AltGr is no Alt") << int(ModifierKeys::RightAlt) << 0 << false << 64;
+        QTest::newRow("platform asked") << 0 << int(Qt::MetaModifier) << true << 0;
+    }
+    void modifiersCarriedByKeyEvents()
+    {
+        QFETCH(int, otherKey);
+        QFETCH(int, carried);
+        HeldKeys keys;
+        QFETCH(bool, platformAsked);
+        if (platformAsked)
+            keys.SetPlatformQuery([] { return QSet<quint32>{}; });
+        if (otherKey)
+            keys.Press(otherKey);
+        keys.Press(88, Qt::KeyboardModifiers(carried));
+        KeyAction captured;
+        QVERIFY(CaptureKeyboard(captured, keys.Snapshot()));
+        QTEST(int(captured.Modifiers), "modifiers");
+    }
+
+    // Under Wayland the compositor acts on the chords it binds; while Snapshot
+    // counts it passes them to the window. Run by run-under-sway, whose sway
+    // binds Super+X to touching the file PADMAPPER_BOUND_MARKER names.
+    void snapshotTakesCompositorChords()
+    {
+        const QString bound = qEnvironmentVariable("PADMAPPER_BOUND_MARKER");
+        if (!QGuiApplication::platformName().startsWith("wayland"_L1) || bound.isEmpty())
+            QSKIP("needs the compositor of run-under-sway");
+        QProcess wtype;
+        const auto superX = [&wtype](const QStringList &keys) {
+            wtype.start(u"wtype"_s, QStringList{u"-M"_s, u"logo"_s} + keys + QStringList{u"-m"_s, u"logo"_s});
+        };
+        MainWindow &window = Start();
+        superX({u"-k"_s, u"x"_s});
+        QTRY_VERIFY(QFile::exists(bound));
+        QTRY_COMPARE(wtype.state(), QProcess::NotRunning);
+        QVERIFY(QFile::remove(bound));
+
+        auto *inhibitor = window.findChild<ShortcutsInhibitor *>();
+        const int key = window.ActiveButton();
+        window.Editor()->SnapshotButton()->click();
+        QTRY_COMPARE(inhibitor->CurrentState(), ShortcutsInhibitor::State::Active);
+        // wtype's keyboard joins the seat first, which the compositor tells the
+        // window as a focus change; X goes down half a second later and stays
+        // down past the snapshot, three seconds after the click.
+        superX({u"-s"_s, u"500"_s, u"-P"_s, u"x"_s, u"-s"_s, u"3500"_s, u"-p"_s, u"x"_s});
+        QTRY_COMPARE_WITH_TIMEOUT(window.Editor()->SnapshotButton()->text(), u"Snapshot"_s, 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(wtype.state(), QProcess::NotRunning, 5000);
+        QCOMPARE(wtype.exitCode(), 0);
+        QCOMPARE(inhibitor->CurrentState(), ShortcutsInhibitor::State::Off);
+        const KeyAction &action = window.Doc().Action(key);
+        QCOMPARE(std::pair(int(action.Modifiers), int(action.KeyCode)), std::pair(8, 88)); // Win(left)+X
+        QVERIFY(!QFile::exists(bound));
     }
 
     // What takes the keyboard while Ctrl is held; its release never arrives,
