@@ -12,19 +12,17 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-struct LanguageReadme
-{
-    QLatin1StringView Language;
-    QLatin1StringView File;
-};
-constexpr std::array<LanguageReadme, 7> Readmes = {{
-    {"russian"_L1, "Readme_ru.txt"_L1},
-    {"deutsch"_L1, "Readme.txt"_L1},
-    {"polski"_L1, "Readme_pl.txt"_L1},
-    {"belarussian"_L1, "Readme_by.txt"_L1},
-    {"ukrainian"_L1, "Readme_uk.txt"_L1},
-    {"spanish"_L1, "Readme_sp.txt"_L1},
-    {"swedish"_L1, "Readme_sv.txt"_L1},
+// Languages known by their file's name: their readme and, for language files
+// made before they named their locale, the locale.
+constexpr std::array<KnownLanguage, 8> KnownLanguages = {{
+    {"russian"_L1, "Readme_ru.txt"_L1, "ru"_L1},
+    {"deutsch"_L1, "Readme.txt"_L1, "de"_L1},
+    {"polski"_L1, "Readme_pl.txt"_L1, "pl"_L1},
+    {"belarussian"_L1, "Readme_by.txt"_L1, "be"_L1},
+    {"ukrainian"_L1, "Readme_uk.txt"_L1, "uk"_L1},
+    {"spanish"_L1, "Readme_sp.txt"_L1, "es"_L1},
+    {"swedish"_L1, "Readme_sv.txt"_L1, "sv"_L1},
+    {"english"_L1, "Readme_en.txt"_L1, "en"_L1},
 }};
 
 } // namespace
@@ -39,14 +37,20 @@ QString LanguageName(const QString &languagePath)
     return name.toLower();
 }
 
-QString ReadmeFileName(const QString &languagePath)
+const KnownLanguage *FindKnownLanguage(const QString &languagePath)
 {
     const QString name = LanguageName(languagePath);
-    for (const LanguageReadme &readme : Readmes) {
-        if (readme.Language == name)
-            return readme.File;
+    for (const KnownLanguage &known : KnownLanguages) {
+        if (known.Name == name)
+            return &known;
     }
-    return u"Readme_en.txt"_s;
+    return nullptr;
+}
+
+QString ReadmeFileName(const QString &languagePath)
+{
+    const KnownLanguage *known = FindKnownLanguage(languagePath);
+    return known ? QString(known->Readme) : u"Readme_en.txt"_s;
 }
 
 QString ReadmePath()

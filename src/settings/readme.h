@@ -7,6 +7,14 @@
 // in lower case ("C:\\Program\\Deutsch.lng" gives "deutsch").
 QString LanguageName(const QString &languagePath);
 
+struct KnownLanguage
+{
+    QLatin1StringView Name;
+    QLatin1StringView Readme;
+    QLatin1StringView Locale;
+};
+// The language known by the name of the file at languagePath, or null.
+const KnownLanguage *FindKnownLanguage(const QString &languagePath);
 // The readme file of a language: the language's name is the language file's
 // name without folder and extension, in lower case ("deutsch" gives
 // "Readme.txt"; every unknown name, "" included, "Readme_en.txt").
