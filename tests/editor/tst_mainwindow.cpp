@@ -263,41 +263,6 @@ private slots:
         QTEST(int(captured.Modifiers), "modifiers");
     }
 
-    // Under Wayland the compositor acts on the chords it binds; while Snapshot
-    // counts it passes them to the window. Run by run-under-sway, whose sway
-    // binds Super+X to touching the file PADMAPPER_BOUND_MARKER names.
-    void snapshotTakesCompositorChords()
-    {
-        const QString bound = qEnvironmentVariable("PADMAPPER_BOUND_MARKER");
-        if (!QGuiApplication::platformName().startsWith("wayland"_L1) || bound.isEmpty())
-            QSKIP("needs the compositor of run-under-sway");
-        QProcess wtype;
-        const auto superX = [&wtype](const QStringList &keys) {
-            wtype.start(u"wtype"_s, QStringList{u"-M"_s, u"logo"_s} + keys + QStringList{u"-m"_s, u"logo"_s});
-        };
-        MainWindow &window = Start();
-        superX({u"-k"_s, u"x"_s});
-        QTRY_VERIFY(QFile::exists(bound));
-        QTRY_COMPARE(wtype.state(), QProcess::NotRunning);
-        QVERIFY(QFile::remove(bound));
-
-        auto *inhibitor = window.findChild<ShortcutsInhibitor *>();
-        const int key = window.ActiveButton();
-        window.Editor()->SnapshotButton()->click();
-        QTRY_COMPARE(inhibitor->CurrentState(), ShortcutsInhibitor::State::Active);
-        // wtype's keyboard joins the seat first, which the compositor tells the
-        // window as a focus change; X goes down half a second later and stays
-        // down past the snapshot, three seconds after the click.
-        superX({u"-s"_s, u"500"_s, u"-P"_s, u"x"_s, u"-s"_s, u"3500"_s, u"-p"_s, u"x"_s});
-        QTRY_COMPARE_WITH_TIMEOUT(window.Editor()->SnapshotButton()->text(), u"Snapshot"_s, 5000);
-        QTRY_COMPARE_WITH_TIMEOUT(wtype.state(), QProcess::NotRunning, 5000);
-        QCOMPARE(wtype.exitCode(), 0);
-        QCOMPARE(inhibitor->CurrentState(), ShortcutsInhibitor::State::Off);
-        const KeyAction &action = window.Doc().Action(key);
-        QCOMPARE(std::pair(int(action.Modifiers), int(action.KeyCode)), std::pair(8, 88)); // Win(left)+X
-        QVERIFY(!QFile::exists(bound));
-    }
-
     // What takes the keyboard while Ctrl is held; its release never arrives,
     // so the held keys are forgotten. Only the program's own windows hand the
     // focus back to key "1"; a message box belongs to a command and leaves it.
