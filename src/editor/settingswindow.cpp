@@ -113,6 +113,7 @@ SettingsWindow::SettingsWindow(SettingsStore &store, FileTypes &fileTypes, QWidg
     m_languages = new QListWidget(this);
     m_languages->setSelectionMode(QAbstractItemView::SingleSelection);
     languageLabel->setBuddy(m_languages);
+    m_languages->setAccessibleName(languageLabel->text().remove(u'&'));
     for (const auto &[name, path] : LanguageFiles()) {
         auto *item = new QListWidgetItem(name, m_languages);
         item->setData(Qt::UserRole, path);
@@ -150,6 +151,16 @@ SettingsWindow::SettingsWindow(SettingsStore &store, FileTypes &fileTypes, QWidg
     connectionLayout->addRow(LanguageText(EditorText::SettingsSpeed), m_speed);
     if (BluetoothAvailable())
         AddBluetoothChoice(*connectionLayout, settings);
+    // A screen reader names a list's text field and its drop-down by the
+    // list's label, as it names the list.
+    for (QComboBox *list : {m_port, m_speed, m_phone, m_method}) {
+        auto *label = list ? qobject_cast<QLabel *>(connectionLayout->labelForField(list)) : nullptr;
+        if (!label)
+            continue;
+        list->view()->setAccessibleName(label->text().remove(u'&'));
+        if (list->lineEdit())
+            list->lineEdit()->setAccessibleName(label->text().remove(u'&'));
+    }
 
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     buttons->button(QDialogButtonBox::Ok)->setText(LanguageText(EditorText::SettingsOk));

@@ -97,6 +97,7 @@ TemplateChooser::TemplateChooser(QWidget *parent) : QDialog(parent), m_templates
 
     auto *label = new QLabel(LanguageText(EditorText::TemplateList), this);
     label->setBuddy(m_list);
+    m_list->setAccessibleName(label->text().remove(u'&'));
     auto *left = new QVBoxLayout;
     left->addWidget(label);
     left->addWidget(m_list);
@@ -123,6 +124,8 @@ void TemplateChooser::ShowTemplate(int row)
     m_keys->clear();
     if (row < 0 || row >= m_templates.size())
         return;
+    // A screen reader calls the table of keys by the template it shows.
+    m_keys->setAccessibleName(m_templates.at(row).Title);
     // Only a look: what is wrong in the file is reported when it is opened.
     Keymap keymap;
     KeymapReadErrors ignored;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "accessibility.h"
 #include "editor/keymapview.h"
 #include "editor/templatechooser.h"
 #include "keymap/keymapreader.h"
@@ -164,7 +165,7 @@ private slots:
                 auto *chooser = qobject_cast<TemplateChooser *>(modal);
                 chooser->TemplateList()->setCurrentItem(chooser->TemplateList()->findItems(u"Mouse"_s, {}).value(0));
                 const QTreeWidgetItem *hash = chooser->KeyList()->topLevelItem(PhoneKeys::Hash);
-                shown = hash->text(1) + u'|' + hash->text(2);
+                shown = hash->text(1) + u'|' + hash->text(2) + UnnamedFocusable(chooser).join(u',');
                 chosen ? chooser->accept() : chooser->reject();
             });
             MenuAction(*window.menuBar(), u"&File/&New from template..."_s)->trigger();

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "accessibility.h"
 #include "editor/actioneditor.h"
 #include "editor/editmenu.h"
 #include "editor/heldkeys.h"
@@ -330,22 +331,13 @@ private slots:
     {
         MainWindow &window = Start();
         ActionEditor *editor = window.Editor();
-        const std::function<void(QAccessibleInterface *, QStringList &)> unnamed = [&](QAccessibleInterface *node,
-                                                                                       QStringList &found) {
-            if (node->state().focusable && node->text(QAccessible::Name).trimmed().isEmpty())
-                found << QString::fromLatin1(node->object()->metaObject()->className()) + u' '
-                             + node->object()->objectName();
-            for (int i = 0; i < node->childCount(); ++i)
-                unnamed(node->child(i), found);
-        };
         for (const int key : {PhoneKeys::Lsk, PhoneKeys::Digit(1)}) {
             QAccessibleInterface *button = QAccessible::queryAccessibleInterface(window.Keypad()->CMD(key));
             button->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
             QTRY_COMPARE(window.ActiveButton(), key);
             QCOMPARE(editor->IsMousePanelShown(), key == PhoneKeys::Lsk);
-            QStringList found;
-            unnamed(QAccessible::queryAccessibleInterface(&window), found);
-            QVERIFY2(found.isEmpty(), qPrintable(found.join(u", "_s)));
+            const QStringList unnamed = UnnamedFocusable(&window);
+            QVERIFY2(unnamed.isEmpty(), qPrintable(unnamed.join(u", "_s)));
         }
         QCOMPARE(QAccessible::queryAccessibleInterface(editor->ModifierBox(5))->text(QAccessible::Name),
                  u"Ctrl (right)"_s);

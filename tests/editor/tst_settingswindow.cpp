@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "accessibility.h"
 #include "editor/settingswindow.h"
 #include "settings/filetypes.h"
 #include "settings/settingsstore.h"
@@ -64,6 +65,7 @@ private slots:
         QFETCH(QString, port);
         QFETCH(QString, speed);
         auto window = Open();
+        QCOMPARE(UnnamedFocusable(window.get()).join(u","_s), QString());
         QCOMPARE(window->PortBox()->currentText(), u"/dev/rfcomm0"_s);
         QCOMPARE(window->SpeedBox()->currentText(), u"57600"_s);
         QStringList speeds;
