@@ -9,6 +9,7 @@
 #include "settings/languagetext.h"
 #include "showcommand.h"
 #include "support/nativefile.h"
+#include "support/programpaths.h"
 #include "uploadcommand.h"
 
 #include <QCoreApplication>
@@ -155,6 +156,10 @@ int main(int argc, char *argv[])
 
     DeleteTempFilesOnTermination();
     DeleteStaleTempFiles(); // those of earlier runs that were killed
+    // Without a choice, the English file beside the program: the built-in
+    // texts name no mouse action, the file does.
+    if (language.isEmpty())
+        language = FindProgramFile(u"English.lng"_s);
     if (!language.isEmpty())
         SetLanguage(QFileInfo(language).absoluteFilePath());
     ApplyKeyNameLanguage();
