@@ -182,6 +182,8 @@ private:
     // A new history for a document just opened; its state is the clean one
     // when it is saved.
     void StartHistory();
+    // The document was saved under file: every step of the history takes it.
+    void NameHistory(const QString &file);
     [[nodiscard]] bool AdoptDroppedPicture(const QString &path);
 
     void SetCurrentFile(const QString &path);

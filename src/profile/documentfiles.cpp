@@ -160,6 +160,7 @@ bool Document::SaveAs(const QString &path)
             return false;
     }
     m_isSaved = true;
+    NameHistory(m_currentFile);
     m_history.setClean();
     emit FileOpenedOrSaved(m_currentFile);
     return true;

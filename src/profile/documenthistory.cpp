@@ -40,6 +40,12 @@ public:
 
     void undo() override { m_document.Restore(m_before, m_clearsSaved); }
 
+    void Rename(const QString &file)
+    {
+        m_before.File = file;
+        m_after.File = file;
+    }
+
     void redo() override
     {
         // The command itself made the change before it was recorded.
@@ -98,6 +104,14 @@ void Document::StartHistory()
     // save question was answered No) has no state that matches a file.
     if (!m_isSaved)
         m_history.resetClean();
+}
+
+void Document::NameHistory(const QString &file)
+{
+    // Every state in the history now belongs to the file it was saved to: an
+    // undo after Save As must not send the next Save back to the old file.
+    for (int i = 0; i < m_history.count(); ++i)
+        const_cast<DocumentStep *>(static_cast<const DocumentStep *>(m_history.command(i)))->Rename(file);
 }
 
 void Document::Undo()

@@ -123,6 +123,9 @@ const HistoryRow HistoryRows[] = {
     {"undo a keymap import", "importkcf undo", true, "p.hid"},
     {"opening starts a new history", "key open undo", true, "p.hid"},
     {"a keymap opened over changes is no saved state", "key kcf key undo undo", false, "k.kcf", "", "k.kcf"},
+    {"undo after Save As keeps the new name", "a saveas undo", false, "p.hid", "p.png", "o.hid"},
+    {"redo to Save As: saved under the new name", "a saveas undo redo", true, "p.hida", "p.png", "o.hid"},
+    {"a picture's undo after Save As keeps it", "kcf importpic saveas undo", false, "k.kcf", "", "o.hid"},
 };
 
 } // namespace
@@ -256,6 +259,7 @@ private slots:
                 {u"undo"_s, [&] { document.Undo(); }},
                 {u"redo"_s, [&] { document.Redo(); }},
                 {u"save"_s, [&] { QVERIFY(document.Save()); }},
+                {u"saveas"_s, [&] { QVERIFY(document.SaveAs(Path("o.hid"))); }},
                 {u"open"_s, [&] { document.Open(Path("p.hid")); }},
                 {u"kcf"_s, [&] { document.Open(Path("k.kcf")); }},
                 {u"dropkcf"_s, [&] { document.Drop(Path("k.kcf")); }},
