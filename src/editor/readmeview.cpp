@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QFontDatabase>
 #include <QPlainTextEdit>
+#include <QProcess>
 #include <QStringDecoder>
 #include <QUrl>
 
@@ -29,12 +30,8 @@ QString ReadmeText(const QByteArray &bytes)
     return text.replace("\r\n"_L1, "\n"_L1);
 }
 
-} // namespace
-
-void ShowReadme(const QString &path, QWidget *parent)
+void ShowReadmeWindow(const QString &path, QWidget *parent)
 {
-    if (path.isEmpty() || QDesktopServices::openUrl(QUrl::fromLocalFile(path)))
-        return;
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return;
@@ -49,4 +46,35 @@ void ShowReadme(const QString &path, QWidget *parent)
     const QFontMetrics metrics(view->font());
     view->resize(metrics.horizontalAdvance(QString(84, u'x')), metrics.lineSpacing() * 36);
     view->show();
+}
+
+} // namespace
+
+void ShowReadme(const QString &path, QWidget *parent)
+{
+    if (path.isEmpty())
+        return;
+#if defined(Q_OS_UNIX) && !defined(Q_OS_MACOS)
+    // Qt counts xdg-open as done once it has started, even when it then finds
+    // no program for text files; its exit status says whether one showed the
+    // readme. It is not waited for: a viewer may keep it until it is closed.
+    auto *opener = new QProcess(parent);
+    opener->setStandardOutputFile(QProcess::nullDevice());
+    opener->setStandardErrorFile(QProcess::nullDevice());
+    QObject::connect(opener, &QProcess::finished, opener, [opener, path, parent](int code, QProcess::ExitStatus how) {
+        if (how != QProcess::NormalExit || code != 0)
+            ShowReadmeWindow(path, parent);
+        opener->deleteLater();
+    });
+    QObject::connect(opener, &QProcess::errorOccurred, opener, [opener, path, parent](QProcess::ProcessError error) {
+        if (error != QProcess::FailedToStart)
+            return;
+        ShowReadmeWindow(path, parent);
+        opener->deleteLater();
+    });
+    opener->start(u"xdg-open"_s, {path});
+#else
+    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(path)))
+        ShowReadmeWindow(path, parent);
+#endif
 }

@@ -9,6 +9,7 @@
 
 #include "../testfiles.h"
 
+#include <QDir>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -16,7 +17,10 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QPlainTextEdit>
+#include <QProcess>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QTreeWidget>
 #include <QUrl>
 
@@ -149,6 +153,33 @@ private slots:
         QCOMPARE(window.Doc().Action(PhoneKeys::Digit(3)) == SampleKeymap()[PhoneKeys::Digit(3)],
                  start == KeymapK || answer.endsWith(u"k.kcf"_s));
         QCOMPARE(qobject_cast<PhoneScreen *>(window.Keypad()->ScreenArea())->Picture(), window.Doc().Picture().Image);
+    }
+
+    // Help > Readme: the desktop's viewer, or, when xdg-open finds none or
+    // is missing, a window of the program's own.
+    void readme_data()
+    {
+        QTest::addColumn<QString>("opener"); // what xdg-open does; "" = there is none
+        QTest::addColumn<bool>("ownWindow");
+        QTest::newRow("a viewer shows it") << u"exit 0"_s << false;
+        QTest::newRow("no viewer for text files") << u"exit 3"_s << true;
+        QTest::newRow("no xdg-open") << QString() << true;
+    }
+    void readme()
+    {
+        QFETCH(QString, opener);
+        QFETCH(bool, ownWindow);
+        const QByteArray path = qgetenv("PATH");
+        const auto restore = qScopeGuard([&path] { qputenv("PATH", path); });
+        QVERIFY(QDir().mkpath(Path(u"bin"_s)));
+        if (!opener.isEmpty())
+            QVERIFY(WriteFile(Path(u"bin/xdg-open"_s), "#!/bin/sh\n" + opener.toLatin1() + '\n')
+                    && QFile::setPermissions(Path(u"bin/xdg-open"_s), QFile::ReadOwner | QFile::ExeOwner));
+        qputenv("PATH", QFile::encodeName(Path(u"bin"_s)));
+        MainWindow &window = Start();
+        MenuAction(*window.menuBar(), u"&Help/&Readme"_s)->trigger();
+        QTRY_VERIFY(!window.findChild<QProcess *>()); // xdg-open has answered
+        QCOMPARE(window.findChild<QPlainTextEdit *>(u"readme"_s) != nullptr, ownWindow);
     }
 
     // The chooser shows the selected template's keys; OK, after the save
