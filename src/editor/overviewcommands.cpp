@@ -6,8 +6,11 @@
 #include "filenamedialogs.h"
 #include "phoneart/overview.h"
 #include "profile/document.h"
+#include "support/nativefile.h"
 
+#include <QBuffer>
 #include <QPainter>
+#include <QPdfWriter>
 #include <QPrinter>
 
 namespace {
@@ -33,6 +36,25 @@ void PrintOverview(const Document &document, EditorDialogs &dialogs, QWidget *pa
     printer.setDocName(document.DisplayName());
     if (!dialogs.SetUpPrinter(parent, printer, LanguageText(EditorText::PrintCaption)))
         return;
+    if (printer.outputFormat() == QPrinter::PdfFormat && !printer.outputFileName().isEmpty()) {
+        // Printed to a file: Qt's printer writes the file as it goes and says
+        // nothing when the disk fills up, so the page is made in memory and
+        // the file written whole, as an export is.
+        QBuffer bytes;
+        (void)bytes.open(QIODevice::WriteOnly);
+        QPdfWriter pdf(&bytes);
+        pdf.setPageLayout(printer.pageLayout());
+        pdf.setResolution(printer.resolution());
+        pdf.setTitle(document.DisplayName());
+        QPainter painter(&pdf);
+        PaintOverview(painter, QRectF(QPointF(0, 0), pdf.pageLayout().paintRectPixels(pdf.resolution()).size()),
+                      DocumentOverview(document));
+        painter.end();
+        FileError error;
+        if (!WriteWholeFile(printer.outputFileName(), bytes.data(), &error))
+            ShowWriteFailed(dialogs, parent, error);
+        return;
+    }
     QPainter painter;
     if (!painter.begin(&printer)) {
         // Printing to a file that cannot be made; a printer names its own faults.
