@@ -8,9 +8,7 @@
 #include "profile/document.h"
 #include "support/nativefile.h"
 
-#include <QBuffer>
 #include <QPainter>
-#include <QPdfWriter>
 #include <QPrinter>
 
 namespace {
@@ -40,18 +38,9 @@ void PrintOverview(const Document &document, EditorDialogs &dialogs, QWidget *pa
         // Printed to a file: Qt's printer writes the file as it goes and says
         // nothing when the disk fills up, so the page is made in memory and
         // the file written whole, as an export is.
-        QBuffer bytes;
-        (void)bytes.open(QIODevice::WriteOnly);
-        QPdfWriter pdf(&bytes);
-        pdf.setPageLayout(printer.pageLayout());
-        pdf.setResolution(printer.resolution());
-        pdf.setTitle(document.DisplayName());
-        QPainter painter(&pdf);
-        PaintOverview(painter, QRectF(QPointF(0, 0), pdf.pageLayout().paintRectPixels(pdf.resolution()).size()),
-                      DocumentOverview(document));
-        painter.end();
         FileError error;
-        if (!WriteWholeFile(printer.outputFileName(), bytes.data(), &error))
+        const QByteArray bytes = OverviewFile(DocumentOverview(document), OverviewFormat::Pdf, printer.pageLayout());
+        if (!WriteWholeFile(printer.outputFileName(), bytes, &error))
             ShowWriteFailed(dialogs, parent, error);
         return;
     }

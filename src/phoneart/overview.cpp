@@ -364,9 +364,8 @@ QPageLayout OverviewPageLayout()
                        QPageLayout::Millimeter);
 }
 
-QByteArray OverviewFile(const Overview &overview, OverviewFormat format)
+QByteArray OverviewFile(const Overview &overview, OverviewFormat format, const QPageLayout &page)
 {
-    const QPageLayout page = OverviewPageLayout();
     QByteArray bytes;
     QBuffer buffer(&bytes);
     if (!buffer.open(QIODevice::WriteOnly))

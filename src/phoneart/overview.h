@@ -48,9 +48,10 @@ std::optional<OverviewFormat> OverviewFormatOf(const QString &path);
 
 // The page the overview is made for: A4 portrait with margins of 15 mm.
 QPageLayout OverviewPageLayout();
-// The overview as one A4 portrait page with margins: a PDF whose texts stay
+// The overview as one page (A4 portrait with margins unless given): a PDF whose texts stay
 // text, or a PNG at twice the resolution of a screen's 96 dpi.
-QByteArray OverviewFile(const Overview &overview, OverviewFormat format);
+QByteArray OverviewFile(const Overview &overview, OverviewFormat format,
+                        const QPageLayout &page = OverviewPageLayout());
 // Writes OverviewFile in the format the path's extension names; the file is
 // complete or absent. False with *error set when it could not be written, or
 // (FileProblem::Other) when the extension names no format.
