@@ -38,8 +38,8 @@ void RecentFilesMenu::Choose(const QString &path)
     m_files.Remove(path);
     m_files.Write(m_store);
     Rebuild();
-    QString text = LanguageText(EditorText::RecentFileMissing);
-    text.replace("%f"_L1, QDir::toNativeSeparators(path));
+    const QString text = FillPlaceholders(LanguageText(EditorText::RecentFileMissing),
+                                          {{"%f"_L1, QDir::toNativeSeparators(path)}});
     emit MessageRaised(DocumentMessage{text, LanguageText(EditorText::NoteTitle), DocumentMessage::Icon::Exclamation});
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "document.h"
 #include "picture.h"
-#include "profiletexts.h"
 
 #include "keymap/keymapreader.h"
 #include "profiletexts.h"
@@ -189,9 +188,10 @@ bool Document::AdoptDroppedPicture(const QString &path)
     if (!decoded) {
         if (dropped.PictureTempPath != m_picture.PictureTempPath)
             RemoveFile(dropped.PictureTempPath);
-        const QString text = LanguageText(ProfileText::NotAPicture);
-        emit MessageRaised(DocumentMessage{QString(text).replace("%f"_L1, QFileInfo(path).fileName()),
-                                           LanguageText(ProfileText::NoteTitle), DocumentMessage::Icon::Exclamation});
+        const QString text = FillPlaceholders(LanguageText(ProfileText::NotAPicture),
+                                              {{"%f"_L1, QFileInfo(path).fileName()}});
+        emit MessageRaised(DocumentMessage{text, LanguageText(ProfileText::NoteTitle),
+                                           DocumentMessage::Icon::Exclamation});
         return false;
     }
     m_picture = std::move(dropped);
