@@ -24,7 +24,7 @@ QString AboutDialog::VersionText()
 
 AboutDialog::AboutDialog(QWidget *parent) : QDialog(parent)
 {
-    setWindowTitle(LanguageText(EditorText::MenuAbout).remove(u'&'));
+    setWindowTitle(WithoutAccessKey(LanguageText(EditorText::MenuAbout)));
 
     auto *title = new QLabel(u"Padmapper"_s, this);
     QFont big = title->font();

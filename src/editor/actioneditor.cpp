@@ -20,7 +20,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QRegularExpression>
 #include <QStackedWidget>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -59,13 +58,6 @@ constexpr std::array<EditorText, 8> MovementNames = {
     EditorText::NameMoveLeft,  EditorText::NameMoveUpLeft,    EditorText::NameMoveUp,   EditorText::NameMoveUpRight,
     EditorText::NameMoveRight, EditorText::NameMoveDownRight, EditorText::NameMoveDown, EditorText::NameMoveDownLeft,
 };
-
-// A label's text as a name: without the "&" that marks its access key.
-QString WithoutAccessKey(QString text)
-{
-    static const QRegularExpression accessKey(u"&(.)"_s);
-    return text.replace(accessKey, u"\\1"_s);
-}
 
 constexpr int ArrowButtonExtent = 34;
 constexpr int MovementPictureExtent = 40;

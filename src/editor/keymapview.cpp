@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 KeymapView::KeymapView(const Document &document, QWidget *parent) : QWidget(parent, Qt::Window), m_document(document)
 {
-    setWindowTitle(LanguageText(EditorText::MenuViewKeymap).remove(u'&'));
+    setWindowTitle(WithoutAccessKey(LanguageText(EditorText::MenuViewKeymap)));
     m_text = new QPlainTextEdit(this);
     m_text->setReadOnly(true);
     m_text->setLineWrapMode(QPlainTextEdit::NoWrap);

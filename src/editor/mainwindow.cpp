@@ -285,7 +285,7 @@ void MainWindow::ApplyMainWindowLanguage()
     m_keypad->CMD(PhoneKeys::Lsk)->setText(LanguageText(PhoneKeyNames[PhoneKeys::Lsk].Name));
     m_keypad->CMD(PhoneKeys::Rsk)->setText(LanguageText(PhoneKeyNames[PhoneKeys::Rsk].Name));
     m_loadPictureButton->setText(LanguageText(EditorText::ButtonLoadPicture));
-    m_sendButton->setText(LanguageText(EditorText::MenuFileUpload).remove(u'&'));
+    m_sendButton->setText(WithoutAccessKey(LanguageText(EditorText::MenuFileUpload)));
     m_texts = KeyActionTexts::Load();
     ApplyKeyNameLanguage();
     m_editor->ApplyLanguage();

@@ -39,7 +39,7 @@ void ShowReadmeWindow(const QString &path, QWidget *parent)
     view->setWindowFlag(Qt::Window);
     view->setAttribute(Qt::WA_DeleteOnClose);
     view->setObjectName(u"readme"_s);
-    view->setWindowTitle(LanguageText(EditorText::MenuReadme).remove(u'&'));
+    view->setWindowTitle(WithoutAccessKey(LanguageText(EditorText::MenuReadme)));
     view->setReadOnly(true);
     view->setPlainText(ReadmeText(file.read(LargestReadme)));
     view->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));

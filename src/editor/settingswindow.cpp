@@ -113,7 +113,7 @@ SettingsWindow::SettingsWindow(SettingsStore &store, FileTypes &fileTypes, QWidg
     m_languages = new QListWidget(this);
     m_languages->setSelectionMode(QAbstractItemView::SingleSelection);
     languageLabel->setBuddy(m_languages);
-    m_languages->setAccessibleName(languageLabel->text().remove(u'&'));
+    m_languages->setAccessibleName(WithoutAccessKey(languageLabel->text()));
     for (const auto &[name, path] : LanguageFiles()) {
         auto *item = new QListWidgetItem(name, m_languages);
         item->setData(Qt::UserRole, path);
@@ -157,9 +157,9 @@ SettingsWindow::SettingsWindow(SettingsStore &store, FileTypes &fileTypes, QWidg
         auto *label = list ? qobject_cast<QLabel *>(connectionLayout->labelForField(list)) : nullptr;
         if (!label)
             continue;
-        list->view()->setAccessibleName(label->text().remove(u'&'));
+        list->view()->setAccessibleName(WithoutAccessKey(label->text()));
         if (list->lineEdit())
-            list->lineEdit()->setAccessibleName(label->text().remove(u'&'));
+            list->lineEdit()->setAccessibleName(WithoutAccessKey(label->text()));
     }
 
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);

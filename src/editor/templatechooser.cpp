@@ -97,7 +97,7 @@ TemplateChooser::TemplateChooser(QWidget *parent) : QDialog(parent), m_templates
 
     auto *label = new QLabel(LanguageText(EditorText::TemplateList), this);
     label->setBuddy(m_list);
-    m_list->setAccessibleName(label->text().remove(u'&'));
+    m_list->setAccessibleName(WithoutAccessKey(label->text()));
     auto *left = new QVBoxLayout;
     left->addWidget(label);
     left->addWidget(m_list);

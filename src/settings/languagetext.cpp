@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QMutex>
 #include <QMutexLocker>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -85,6 +86,12 @@ QString LanguageText(const UiText &text)
     if (text.Key.isEmpty())
         return text.English.toString();
     return LanguageText(text.Section.toString(), text.Key.toString(), text.English.toString());
+}
+
+QString WithoutAccessKey(QString text)
+{
+    static const QRegularExpression accessKey(u"&(.)"_s);
+    return text.replace(accessKey, u"\\1"_s);
 }
 
 QString FillPlaceholders(QStringView text, std::initializer_list<std::pair<QLatin1StringView, QString>> values)

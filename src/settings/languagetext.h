@@ -63,3 +63,7 @@ consteval std::array<UiText, N> UiTextTable(const UiTextRow<Id> (&rows)[N])
 // holds "%b" stays as it is. Where one placeholder begins another ("COM%p" and
 // "%p"), the one listed first wins.
 QString FillPlaceholders(QStringView text, std::initializer_list<std::pair<QLatin1StringView, QString>> values);
+
+// A label's or menu entry's text as a name or a title: without the "&" that
+// marks its access key ("&&" stands for one "&").
+QString WithoutAccessKey(QString text);
