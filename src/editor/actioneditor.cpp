@@ -7,6 +7,7 @@
 #include "keymap/keymaptexts.h"
 #include "keymap/keytable.h"
 #include "movementarrow.h"
+#include "windowfit.h"
 
 #include <QAbstractItemView>
 #include <QButtonGroup>
@@ -316,15 +317,8 @@ void ActionEditor::ApplyLanguage()
 
 void ActionEditor::KeepWidthForTitles(const QStringList &titles)
 {
-    const QString shown = title();
-    setMinimumWidth(0);
-    int widest = 0;
-    for (const QString &text : titles) {
-        setTitle(text);
-        widest = std::max(widest, minimumSizeHint().width());
-    }
-    setTitle(shown);
-    setMinimumWidth(widest);
+    KeepWidthForTexts(
+        *this, titles, [this](const QString &text) { setTitle(text); }, title());
 }
 
 void ActionEditor::SetMessage(const QString &text, bool isError)

@@ -292,8 +292,9 @@ void MainWindow::ApplyMainWindowLanguage()
     UpdateCaption();
     UpdateToolTip(-1);
     RefreshKeyDisplay(-1);
-    KeepWidthForTexts(*m_saveButton,
-                      {LanguageText(EditorText::ButtonSaveProfile), LanguageText(EditorText::ButtonSaveKeymap)});
+    KeepWidthForTexts(
+        *m_saveButton, {LanguageText(EditorText::ButtonSaveProfile), LanguageText(EditorText::ButtonSaveKeymap)},
+        [this](const QString &text) { m_saveButton->setText(text); }, m_saveButton->text());
     QStringList titles;
     for (int key = 0; key < PhoneKeys::Count; ++key)
         titles << KeyFrameTitle(key);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "windowfit.h"
 
-#include <QAbstractButton>
 #include <QLayout>
 #include <QScreen>
 #include <QWidget>
@@ -26,16 +25,17 @@ QSize OpeningSize(const QWidget &window)
     return window.sizeHint().boundedTo(RoomOnScreen(window)).expandedTo(window.minimumSizeHint());
 }
 
-void KeepWidthForTexts(QAbstractButton &button, const QStringList &texts)
+void KeepWidthForTexts(QWidget &widget, const QStringList &texts, const std::function<void(const QString &)> &show,
+                       const QString &shown)
 {
-    const QString shown = button.text();
+    widget.setMinimumWidth(0);
     int widest = 0;
     for (const QString &text : texts) {
-        button.setText(text);
-        widest = std::max(widest, button.sizeHint().width());
+        show(text);
+        widest = std::max(widest, widget.minimumSizeHint().width());
     }
-    button.setText(shown);
-    button.setMinimumWidth(widest);
+    show(shown);
+    widget.setMinimumWidth(widest);
 }
 
 void GrowToKeepWidth(QWidget &window, const QWidget &part, int width)

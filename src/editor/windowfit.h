@@ -4,7 +4,8 @@
 #include <QSize>
 #include <QStringList>
 
-class QAbstractButton;
+#include <functional>
+
 class QWidget;
 
 // Sizes that keep the phone large and steady: the window opens as large as it
@@ -16,8 +17,10 @@ class QWidget;
 // thirds of the screen, which makes the phone small on a small or scaled screen.)
 QSize OpeningSize(const QWidget &window);
 
-// The button as wide as the widest of the texts it may show.
-void KeepWidthForTexts(QAbstractButton &button, const QStringList &texts);
+// The widget as wide as it needs to be for the widest of the texts it may
+// show: show(text) puts each one in place; the text shown before is put back.
+void KeepWidthForTexts(QWidget &widget, const QStringList &texts, const std::function<void(const QString &)> &show,
+                       const QString &shown);
 
 // Widens the window by as much as part has become narrower than width, as far
 // as the screen has room.
